@@ -1,0 +1,420 @@
+/// @file
+/// Files, temporary files, directory listings and system facts.
+///
+/// Names are wide text. They reach the system as multibyte text of the process's locale, made by
+/// the rule of `PLiteral::ascii`: at most as many bytes as the name has characters. A name that the
+/// locale cannot express reaches the system as no name at all and is refused.
+#ifndef PORTINGLAYER_FILES_H
+#define PORTINGLAYER_FILES_H
+
+#include <dirent.h>
+
+#include <portinglayer/export.h>
+#include <portinglayer/result_codes.h>
+#include <portinglayer/strings.h>
+
+/// One open file: a descriptor and the file's name.
+///
+/// A handle is closed (after construction, after `pclose`), open (after a successful `popen`), or
+/// half open: when `popen` gets the file but not its lock, the descriptor stays open, so that
+/// `isOpen` is true and `pclose` is due, but name and mode are not stored. The handle owns its
+/// descriptor and closes it on destruction. It has no lock: one thread at a time uses it.
+/// Descriptors are closed in programs that the process starts. Backslashes in names are turned into
+/// slashes by every operation here.
+class PORTINGLAYER_EXPORT PFile {
+public:
+    static constexpr unsigned int OPEN_READ = 1;         ///< read access
+    static constexpr unsigned int OPEN_WRITE = 2;        ///< write access
+    static constexpr unsigned int OPEN_APPEND = 4;       ///< every write goes to the end
+    static constexpr unsigned int OPEN_TRUNCATE = 8;     ///< the content is dropped
+    static constexpr unsigned int OPEN_CREATE = 16;      ///< a missing file is created, mode 0644
+    static constexpr unsigned int OPEN_SAFE_WRITE = 32;  ///< safe writing; stands alone
+
+    PFile();
+    PFile(PFile const&) = delete;
+    PFile& operator=(PFile const&) = delete;
+
+    /// Closes the file as `pclose` does, so an open safe-write file is moved over its name.
+    ///
+    /// @warning A failure of that move goes unnoticed; call `pclose` to learn of it.
+    virtual ~PFile();
+
+    /// Opens a file and, with `share` 0, locks it against other holders.
+    ///
+    /// Without OPEN_WRITE the file is opened for reading, also when OPEN_READ is not given.
+    /// OPEN_TRUNCATE needs OPEN_WRITE or OPEN_CREATE; with OPEN_CREATE it truncates even a file
+    /// opened for reading only. Bits above OPEN_SAFE_WRITE are stored and have no effect. The lock
+    /// is an exclusive advisory `flock`, not waited for, and held until the handle is closed; it
+    /// excludes only those who lock too, other handles of this process included.
+    ///
+    /// OPEN_SAFE_WRITE alone, with `share` 0, writes a new file beside the named one, called NAME
+    /// ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked; `pclose` moves
+    /// it over NAME. Until then NAME keeps its content, whatever happens to this process.
+    /// @param name   the file; not empty
+    /// @param flags  OPEN_ bits
+    /// @param share  0 takes the lock, any other value does without
+    /// @return PERR_OK                open
+    /// @return PERR_INVALID_ARGUMENT  empty name, or a combination of bits that is not allowed; the
+    ///                                handle is unchanged
+    /// @return PERR_ALREADY_OPEN      the handle is open or half open; it is unchanged
+    /// @return PERR_NO_SUCH_FILE      the system knows no such file or folder; still closed
+    /// @return PERR_OPEN              the system refused to open the file: still closed; or it
+    ///                                refused the lock for another reason than the next: half open
+    /// @return PERR_LOCKED            another handle holds the lock; half open, call `pclose`
+    /// @return PERR_NO_MEMORY         the name could not be copied or composed; still closed
+    ///
+    /// @warning With OPEN_TRUNCATE the content is gone before the lock is asked for; open without
+    ///          it where another holder may be at work.
+    int popen(PLiteral const& name, unsigned int flags, unsigned int share);
+
+    /// Reads at most `length` bytes at the current position into `buffer`.
+    ///
+    /// One system read: a short count is passed on as it comes, an interrupted read is not
+    /// repeated.
+    /// @param[out] done  bytes read (1 to `length`); written only on success
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  `buffer` is null or `length` is 0
+    /// @return PERR_NOT_OPEN          the handle is closed
+    /// @return PERR_END_OF_FILE       nothing is left to read
+    /// @return PERR_READ              the system refused the read
+    ///
+    /// Blocks: as the file does; a pipe or device waits for data.
+    int pread(char* buffer, unsigned long length, unsigned long& done);
+
+    /// Writes at most `length` bytes from `buffer` at the current position.
+    ///
+    /// One system write: a short count is passed on as it comes, an interrupted write is not
+    /// repeated.
+    /// @param[out] done  bytes written (1 to `length`); written only on success
+    /// @return PERR_OK           compare `done` with `length`
+    /// @return PERR_NOT_OPEN     the handle is closed
+    /// @return PERR_END_OF_FILE  the system wrote nothing, as when `length` is 0
+    /// @return PERR_WRITE        the system refused the write: no space, not open for writing, a
+    ///                           bad `buffer`
+    ///
+    /// Blocks: as the file does; a full pipe waits for its reader.
+    int pwrite(char const* buffer, unsigned long length, unsigned long& done);
+
+    /// Moves the current position.
+    ///
+    /// @param offset  bytes, counted from what `whence` names; may be negative
+    /// @param whence  0 the start, 1 the current position, 2 the end
+    /// @return PERR_OK
+    /// @return PERR_NOT_OPEN  the handle is closed
+    /// @return PERR_SEEK      the position is negative, `whence` is another value, or the file has
+    ///                        no positions (a pipe); the position is unchanged
+    int pseek(long long offset, int whence);
+
+    /// Gives the size of the open file.
+    ///
+    /// @param[out] size  bytes; written only on success
+    /// @return PERR_OK
+    /// @return PERR_NOT_OPEN  the handle is closed
+    /// @return PERR_STAT      the system refused to examine the file
+    int pgetSize(long long& size);
+
+    /// Asks the system to bring what was written to the storage device.
+    ///
+    /// @return PERR_OK        asked; whether it succeeded is not told
+    /// @return PERR_NOT_OPEN  the handle is closed
+    ///
+    /// Blocks: until the device answers.
+    int pflush();
+
+    /// Closes the file, which drops its lock, and moves a safe-write file over its final name.
+    ///
+    /// @return PERR_OK        closed; a safe-write file now stands under its name
+    /// @return PERR_NOT_OPEN  the handle was closed already, or a safe-write handle lost its names
+    /// @return PERR_SYSTEM    closed, but the safe-write file could not be moved: the old file is
+    ///                        as it was, and the new content stays under its temporary name
+    ///
+    /// @warning The move is not preceded by a flush, so a loss of power soon after can leave an
+    ///          empty or partial file; call `pflush` before closing where that matters.
+    int pclose();
+
+    /// Tells whether a descriptor is held: open or half open.
+    bool isOpen();
+
+    /// Copies the name under which the file was opened, with slashes, into `out`.
+    ///
+    /// For a safe-write file that is the final name; half open, the name is empty.
+    /// @return PERR_OK
+    /// @return PERR_NOT_OPEN   the handle is closed; `out` is unchanged
+    /// @return PERR_NO_MEMORY  no memory for the copy; `out` is empty
+    int pgetName(PString& out);
+
+    /// Cuts `path` down to what follows its last slash: "/a/b.txt" to "b.txt", "dir/" to nothing.
+    /// Text without a slash stays as it is. Backslashes are not looked at.
+    static void getFileName(PString& path);
+
+    /// Reads the next line, without its line feed and without any carriage return in it.
+    ///
+    /// Each byte becomes one wide character by sign extension: there is no multibyte decoding, and
+    /// bytes from 128 on become the values from 0xFFFFFF80 on. A zero byte cuts the delivered text;
+    /// the rest of the line is consumed. The last line needs no line feed; a read error after the
+    /// first character ends the line like the end of the file. The file is read in blocks of 128
+    /// bytes and repositioned behind the line feed, so the position after the call is the start of
+    /// the next line.
+    /// @param[out] line  the line, possibly empty; written only on success
+    /// @return PERR_OK
+    /// @return PERR_NOT_OPEN     the handle is closed
+    /// @return PERR_END_OF_FILE  no line is left
+    /// @return PERR_READ         the system refused the first read of the line
+    /// @return PERR_NO_MEMORY    no memory for the line; what was read of it is consumed
+    ///
+    /// @warning From a pipe or device, which cannot be repositioned, up to 127 bytes after the line
+    ///          feed are lost; read such files with `pread`.
+    int preadLine(PString& line);
+
+    /// Writes `line` as multibyte text, then a line feed, in one write each.
+    ///
+    /// Empty text, or text that the locale cannot express, writes only the line feed. The multibyte
+    /// text is cut at as many bytes as `line` has characters. A short write is neither continued
+    /// nor told.
+    /// @return PERR_OK
+    /// @return PERR_NOT_OPEN     the handle is closed
+    /// @return PERR_WRITE        the system refused a write; if it was the first, no line feed is
+    ///                           written
+    /// @return PERR_END_OF_FILE  the system wrote nothing; likewise
+    int pwriteLine(PLiteral const& line);
+
+    /// Tells whether something stands under the name; symbolic links are followed, so a dangling
+    /// one does not exist. False for an empty name.
+    static bool exists(PLiteral const& name);
+
+    /// Tells whether what stands under the name is of a kind; symbolic links are followed.
+    ///
+    /// @param kind  0 regular file, 1 directory, 2 device, pipe or socket; anything else gives
+    ///              false
+    /// @return false for an empty name and for another kind
+    ///
+    /// @warning True for every kind when the name cannot be examined, as when it does not exist;
+    ///          ask `exists` first.
+    static bool check(PLiteral const& name, int kind);
+
+    /// Removes a file, or a symbolic link itself; never a directory.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  empty name
+    /// @return PERR_NO_SUCH_FILE      there is no such file
+    /// @return PERR_DELETE            the system refused: a directory, no permission and the like
+    ///
+    /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
+    ///          name another file; keep to ASCII names.
+    static int pdelete(PLiteral const& name);
+
+    /// Gives a file or directory another name within its file system, replacing what `to` names.
+    ///
+    /// The replacement is one step: whoever opens `to` finds the old or the new, never neither.
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  one of the names is empty
+    /// @return PERR_NOT_FOUND         there is no such file, or no such target folder
+    /// @return PERR_REFUSED           not permitted, busy, exists, another file system, a directory
+    ///                                where a file is wanted or the reverse, a directory into
+    ///                                itself, no space, a read-only file system, or a directory
+    ///                                that is not empty
+    /// @return PERR_IO                device error, too many links, name too long, or a loop of
+    ///                                links
+    /// @return PERR_SYSTEM            any other reason, missing access rights among them
+    ///
+    /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
+    ///          name another file; keep to ASCII names.
+    static int rename(PLiteral const& from, PLiteral const& to);
+
+    /// Removes a directory with everything in it. One slash at the end of `path` is ignored.
+    ///
+    /// The walk stops at the first thing that cannot be removed; what went before stays removed. It
+    /// holds one descriptor per level of the tree.
+    /// @return PERR_OK
+    /// @return PERR_DIR_NOT_FOUND     `path` is empty or does not exist; or the tree holds a
+    ///                                dangling link, or a loop of links, where the walk stopped
+    /// @return PERR_INVALID_ARGUMENT  `path` is not a directory
+    /// @return PERR_DELETE            a file, or a directory that could not be emptied (unreadable,
+    ///                                or filled again by others), could not be removed
+    /// @return PERR_NO_SUCH_FILE      something vanished while it was being removed
+    /// @return PERR_NO_MEMORY         no memory for a name
+    ///
+    /// @warning Symbolic links to directories are followed: the target is emptied, wherever it is,
+    ///          then the link removed. Remove links yourself first where a tree may hold any.
+    /// @warning Under a multibyte locale a name with other than ASCII characters is cut, in the
+    ///          worst case to its parent folder, which is then emptied; keep to ASCII names.
+    static int removeAll(PLiteral const& path);
+
+private:
+    int openSafely(PString&& path);
+
+    int fd;              ///< -1 when closed
+    unsigned int flags;  ///< as given to `popen`; 0 when closed or half open
+    PString name;        ///< with slashes; the final name of a safe-write file
+    PString tempName;    ///< the sibling that is open while safe writing; else empty
+};
+
+/// A file whose name is a prefix followed by a random number, chosen such that no such file
+/// existed.
+///
+/// It is a `PFile` in all else, and one thread at a time uses it. The file stays on disk after
+/// closing and destruction: removing it is the caller's. Close it through this class: after
+/// `PFile::pclose` on the base the object stays taken, and `popen` refuses it.
+class PORTINGLAYER_EXPORT PTempFile : public PFile {
+public:
+    PTempFile();
+
+    /// Opens a file that did not exist a moment ago, called `prefix` followed by up to six digits.
+    ///
+    /// @param prefix  the first part of the name, folder included; nothing is put between it and
+    ///                the digits
+    /// @param flags   as for `PFile::popen`; OPEN_CREATE must be among them, or nothing can be
+    ///                opened
+    /// @param share   as for `PFile::popen`
+    /// @return PERR_OK                open; `pgetName` gives the name
+    /// @return PERR_ALREADY_OPEN      this object has an open file; unchanged
+    /// @return PERR_INVALID_ARGUMENT  empty prefix
+    /// @return PERR_OPEN              no free name was found in 238,328 attempts
+    /// @return PERR_NO_MEMORY         no memory for a name
+    /// @return the codes of `PFile::popen` for the final opening, with the same states
+    ///
+    /// @warning The number is drawn anew from the clock's second at every attempt, so names are
+    ///          predictable, and looking and opening are two steps: another process can take the
+    ///          name in between. Use a folder that only trusted users can write.
+    ///
+    /// Blocks: while the name of this second is taken, it probes, busy, until the next.
+    int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
+
+    /// Closes the file, which stays on disk, and frees the object for another `popen`.
+    ///
+    /// @return the codes of `PFile::pclose`
+    int pclose();
+
+    /// Makes a random decimal number from 0 to 238327, without leading zeros.
+    ///
+    /// The system's generator is seeded with the clock's second first, so calls within a second
+    /// give the same number, and the random sequence of the whole process starts over.
+    /// @return a new terminated array that the caller releases with `delete[]`; null when no memory
+    ///         is left
+    wchar_t* getRandStr();
+
+private:
+    bool active;  ///< opened through this class and not closed through it yet
+};
+
+/// The names in one directory that match a pattern, one per step, and making and removing
+/// directories.
+///
+/// The object owns the directory stream from `popen` to `pclose` or destruction. The code of the
+/// last step is kept and compared with `==` and `!=`. One thread at a time uses it. A listing:
+///
+///     PDir dir(L"/etc", L"*.conf");
+///     for (dir.preaddir(); dir == PERR_OK; ++dir) use(dir.getEntry());
+class PORTINGLAYER_EXPORT PDir {
+public:
+    /// An object without a directory; its code is PERR_OK.
+    PDir();
+
+    /// Opens a listing as `popen` does; `getResult` gives the code.
+    PDir(PLiteral const& dir, PLiteral const& pattern);
+
+    PDir(PDir const&) = delete;
+    PDir& operator=(PDir const&) = delete;
+
+    /// Closes the listing.
+    virtual ~PDir();
+
+    /// Opens a directory for listing. The first name is fetched with `preaddir`.
+    ///
+    /// A backslash in `dir` or `pattern` is an ordinary character. The pattern knows "*", "?" and
+    /// "[...]"; names that begin with a dot match like others, "." and ".." included. Once it is
+    /// set up, the object keeps its pattern until `pclose`: after a failure another `popen` tries
+    /// its own `dir` with the first pattern.
+    /// @param pattern  which names to give; empty for all
+    /// @return PERR_OK
+    /// @return PERR_DIR_ALREADY_OPEN  the object has an open listing, which goes on as it was
+    /// @return PERR_DIR_NOT_OPEN      the system refused to open the directory
+    /// @return PERR_NO_MEMORY         no memory for path or pattern; the object is not set up
+    int popen(PLiteral const& dir, PLiteral const& pattern);
+
+    /// Goes to the first, or next, name that matches, whatever the code of the last step was.
+    ///
+    /// @return PERR_OK            `getEntry` gives the name
+    /// @return PERR_READ          no name is left, or the directory could not be read further; the
+    ///                            last name stays
+    /// @return PERR_CONVERSION    the name cannot be converted to wide text; the entry is empty,
+    ///                            and calling again goes on behind it
+    /// @return PERR_DIR_NOT_OPEN  there is no open listing
+    int preaddir();
+
+    /// Both forms: go to the next name that matches.
+    ///
+    /// @return the codes of `preaddir`
+    /// @return PERR_DIR_NOT_OPEN  there is no current name: call `preaddir` first
+    int operator++();
+    int operator++(int);
+
+    /// Compares the code of the last step.
+    bool operator==(int value) const;
+    bool operator!=(int value) const;
+
+    /// The current name, without its directory; the object's own, valid until the next step.
+    PString const& getEntry() const;
+
+    /// The code of the last step.
+    int getResult() const;
+
+    /// Closes the listing, if any, and sets the object back to where construction left it.
+    ///
+    /// @return PERR_OK  always, also when the system fails to close
+    int pclose();
+
+    /// Forgets pattern, directory and name without closing.
+    ///
+    /// @warning An open directory stream is lost, with its descriptor; use `pclose`.
+    void clear();
+
+    /// Makes one directory, mode 0775 less the process's mask; its parent must exist.
+    ///
+    /// Backslashes are ordinary characters here.
+    /// @return PERR_OK
+    /// @return PERR_DIR_EXISTS  the name exists already
+    /// @return PERR_DIR_CREATE  the system refused for another reason, an empty name among them
+    ///
+    /// @warning `errno` is looked at even after success: if it held EEXIST before the call, the
+    ///          directory is made and PERR_DIR_EXISTS returned. Set `errno` to 0 first where that
+    ///          matters.
+    static int pcreate(PLiteral const& dir);
+
+    /// Removes one empty directory. Backslashes are ordinary characters here.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  empty name
+    /// @return PERR_DIR_NOT_FOUND     there is no such directory
+    /// @return PERR_DIR_DELETE        the system refused: not empty, not a directory, no permission
+    ///
+    /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
+    ///          name another directory; keep to ASCII names.
+    static int pdelete(PLiteral const& dir);
+
+private:
+    int setUp(PLiteral const& dir, PLiteral const& pattern);
+
+    int result;              ///< code of the last step
+    PString entry;           ///< current name
+    PString pattern;         ///< empty while not set up
+    PString path;            ///< the directory, with a slash at its end
+    DIR* stream;             ///< null when none is open
+    struct dirent* current;  ///< what the stream gave last; its own
+};
+
+/// Facts of the system. No instances are needed; free of state.
+class PORTINGLAYER_EXPORT PSystem {
+public:
+    /// The folder for temporary files, with a slash at its end: "/tmp/", or empty text when that
+    /// cannot be listed. No environment variable is asked.
+    static PString getTempDir();
+
+    /// Gives `min`, or, when the generator yields the very largest of its 2,147,483,648 numbers,
+    /// `min` + `max`. The system's generator is seeded with the clock's second first.
+    ///
+    /// @warning This is not a random number in a range; use the generators of `<random>` for one.
+    static int getRandom(int min, int max);
+};
+
+#endif

@@ -1,0 +1,11 @@
+/// @file
+/// The whole library: every family of classes.
+#ifndef PORTINGLAYER_PORTINGLAYER_H
+#define PORTINGLAYER_PORTINGLAYER_H
+
+#include <portinglayer/files.h>
+#include <portinglayer/libraries.h>
+#include <portinglayer/result_codes.h>
+#include <portinglayer/strings.h>
+
+#endif
