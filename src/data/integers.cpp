@@ -1,0 +1,122 @@
+#include <portinglayer/data_streams.h>
+
+#include "data/wire.h"
+
+namespace {
+
+/// 0 would mean that integers travel as they lie in memory.
+int _endianness;
+
+/// Sets the flag while the library is loaded, before any caller can run.
+struct _EndiannessInitHelper {
+    _EndiannessInitHelper() { _endianness = 1; }
+    ~_EndiannessInitHelper() {}
+};
+
+_EndiannessInitHelper const _endiannessInit;
+
+template <typename Integer>
+void _append(std::vector<unsigned char>& data, Integer value) {
+    unsigned char bytes[sizeof value];
+    _store(bytes, value);
+    data.insert(data.end(), bytes, bytes + sizeof bytes);
+}
+
+}  // namespace
+
+int getEndianness() {
+    return _endianness;
+}
+
+PDataFormater::PDataFormater() : offset(0) {
+}
+
+PDataFormater::~PDataFormater() = default;
+
+void PDataFormater::setOffset(unsigned long value) {
+    offset = value;
+}
+
+unsigned long PDataFormater::getOffset() {
+    return offset;
+}
+
+PDataReader::PDataReader(std::vector<unsigned char> const& bytes) : data(bytes) {
+}
+
+PDataReader::~PDataReader() = default;
+
+/// Bytes from the position to the end. Compared with what is wanted, so that no sum of a position
+/// and a length from a stream can wrap.
+unsigned long PDataReader::left() const {
+    return offset < data.size() ? data.size() - offset : 0;
+}
+
+template <typename Integer>
+int PDataReader::get(Integer& value) {
+    if (left() < sizeof value) return PERR_DATA_SHORT;
+    value = _load<Integer>(data.data() + offset);
+    offset += sizeof value;
+    return PERR_OK;
+}
+
+int PDataReader::getShort(short& value) {
+    return get(value);
+}
+
+int PDataReader::getWord(unsigned short& value) {
+    return get(value);
+}
+
+int PDataReader::getInt(int& value) {
+    return get(value);
+}
+
+int PDataReader::getDword(unsigned int& value) {
+    return get(value);
+}
+
+int PDataReader::getLong(long long& value) {
+    return get(value);
+}
+
+int PDataReader::getQword(unsigned long long& value) {
+    return get(value);
+}
+
+PDataWriter::PDataWriter(std::vector<unsigned char>& bytes) : data(bytes) {
+}
+
+PDataWriter::~PDataWriter() = default;
+
+void PDataWriter::appendByte(unsigned char value) {
+    data.push_back(value);
+}
+
+void PDataWriter::appendShort(short value) {
+    _append(data, value);
+}
+
+void PDataWriter::appendWord(unsigned short value) {
+    _append(data, value);
+}
+
+void PDataWriter::appendInt(int value) {
+    _append(data, value);
+}
+
+void PDataWriter::appendDword(unsigned int value) {
+    _append(data, value);
+}
+
+void PDataWriter::appendLong(long long value) {
+    _append(data, value);
+}
+
+void PDataWriter::appendQword(unsigned long long value) {
+    _append(data, value);
+}
+
+void PDataWriter::eraseData() {
+    data.clear();
+}
