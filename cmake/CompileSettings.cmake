@@ -1,5 +1,10 @@
 # One place for how everything of this project is compiled.
-# portinglayer_settings(TARGET): language level and warnings.
+# portinglayer_settings(TARGET): language level, warnings and instrumentation.
+# portinglayer_harden(TARGET): what makes a shipped shared object harder to abuse.
+
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release or RelWithDebInfo" FORCE)
+endif()
 
 set(PORTINGLAYER_SANITIZE "" CACHE STRING "Sanitizers, comma separated: address,undefined or thread")
 option(PORTINGLAYER_COVERAGE "Instrument for line coverage" OFF)
@@ -21,4 +26,19 @@ function(portinglayer_settings target)
     target_compile_options(${target} PRIVATE --coverage)
     target_link_options(${target} PRIVATE --coverage)
   endif()
+endfunction()
+
+# Sanitizers replace the checked functions and leave symbols undefined until the program is linked,
+# so an instrumented library is not hardened.
+function(portinglayer_harden target)
+  if(PORTINGLAYER_SANITIZE)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE -fstack-protector-strong -fstack-clash-protection
+    -fcf-protection)
+  # The checked functions exist in optimised code only.
+  target_compile_options(${target} PRIVATE
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  target_link_options(${target} PRIVATE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,defs
+    -Wl,--as-needed)
 endfunction()

@@ -1,0 +1,3 @@
+#include <portinglayer/version.h>
+
+unsigned int portinglayerVersion() { return PORTINGLAYER_VERSION; }
