@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -49,9 +50,15 @@ Holdings currentHoldings() {
                !fs::is_symlink("/proc/self/fd/" + item.first.substr(11), ignored);
     });
 
-    for (auto const& task : fs::directory_iterator("/proc/self/task")) {
-        std::ifstream children(task.path() / "children");
-        for (std::string pid; children >> pid;) found["child " + pid] = "";
+    std::string const parent = std::to_string(getpid());
+    for (auto const& entry : fs::directory_iterator("/proc")) {
+        std::ifstream stat(entry.path() / "stat");
+        std::string line;
+        if (!std::getline(stat, line)) continue;
+        std::istringstream fields(line.substr(std::min(line.size(), line.rfind(')') + 1)));
+        std::string state, ppid;
+        if (fields >> state >> ppid && ppid == parent)
+            found["child " + entry.path().filename().string()];
     }
     return found;
 }
