@@ -1,0 +1,251 @@
+/// PUtils: text to and from numbers, booleans, hexadecimal digits and bytes.
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cwchar>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include <portinglayer/strings.h>
+
+namespace {
+
+constexpr wchar_t HEX_DIGITS[] = L"0123456789ABCDEF";
+constexpr unsigned long ITEM_DIGITS = 2;      // hexadecimal digits of a byte, at most
+constexpr unsigned long BYTE_CHARACTERS = 6;  // "0xAB, "
+constexpr int LONGEST_NUMBER = 20;            // -9223372036854775808, 18446744073709551615
+
+bool _isDigit(wchar_t c) {
+    return c >= L'0' && c <= L'9';
+}
+
+/// Assigns through the virtual operator, which has no code of its own: a text that could not be
+/// copied shows as a null pointer.
+int _assign(PString& out, wchar_t const* text) {
+    out = text;
+    return out.ptr() == nullptr ? PERR_NO_MEMORY : PERR_OK;
+}
+
+/// Reads digits, with a minus sign for a signed type, that begin at the first character: the value
+/// that swscanf gives, which scans 64 bits and cuts to the type's size. False, with `out` as it was,
+/// for everything else: white space, a plus sign, more than 64 bits.
+template <typename T>
+bool _readPlainNumber(wchar_t const* s, T& out) {
+    bool const negative = std::is_signed_v<T> && *s == L'-';
+    if (negative) ++s;
+    if (!_isDigit(*s)) return false;
+    unsigned long long value = 0;
+    for (; _isDigit(*s); ++s) {
+        auto const digit = static_cast<unsigned int>(*s - L'0');
+        if (__builtin_mul_overflow(value, 10U, &value) ||
+            __builtin_add_overflow(value, digit, &value))
+            return false;
+    }
+    if (std::is_signed_v<T> && value > INT64_MAX) return false;
+    out = static_cast<T>(negative ? 0 - value : value);
+    return true;
+}
+
+template <typename T>
+int _strToNumber(PLiteral const& s, wchar_t const* format, T& out) {
+    wchar_t const* const text = s.ptr();
+    if (text == nullptr || s.len() == 0) return PERR_BAD_FORMAT;
+    if (_readPlainNumber(text, out)) return PERR_OK;
+    return swscanf(text, format, &out) == 1 ? PERR_OK : PERR_BAD_FORMAT;
+}
+
+template <typename T>
+int _numberToStr(T v, PString& out) {
+    char digits[LONGEST_NUMBER];
+    auto const count = std::to_chars(digits, digits + LONGEST_NUMBER, v).ptr - digits;
+    wchar_t text[LONGEST_NUMBER + 1];
+    *std::copy_n(digits, count, text) = L'\0';
+    return _assign(out, text);
+}
+
+int _hexDigit(wchar_t c) {
+    if (_isDigit(c)) return c - L'0';
+    if (c >= L'A' && c <= L'F') return c - L'A' + 10;
+    if (c >= L'a' && c <= L'f') return c - L'a' + 10;
+    return -1;
+}
+
+/// The byte that "%x" reads from a terminated text, two plain digits without the detour.
+bool _scanHexByte(wchar_t const* s, unsigned char& out) {
+    unsigned int value = 0;
+    int const high = _hexDigit(s[0]);
+    int const low = high < 0 ? -1 : _hexDigit(s[1]);
+    if (low >= 0 && s[2] == L'\0')
+        value = static_cast<unsigned int>(high * 16 + low);
+    else if (swscanf(s, L"%x", &value) != 1)
+        return false;
+    out = static_cast<unsigned char>(value);
+    return true;
+}
+
+/// What is left of a text while items are taken from its front. It is trimmed and cut as the same
+/// steps on a PString would be, without moving the rest down for each item.
+class ItemText {
+public:
+    explicit ItemText(PLiteral const& s) : begin(s.ptr()), end(begin + s.len()) {}
+
+    bool empty() const { return begin == end; }
+
+    void trim() {
+        wchar_t const* const start = begin;
+        while (begin != end && isSpace(*begin)) ++begin;
+        while (begin != end && isSpace(end[-1])) --end;
+        if (begin == start || cut) return;
+        end = begin + wcsnlen(begin, static_cast<std::size_t>(end - begin));
+        cut = true;  // no zero character is left, once is enough
+    }
+
+    bool startsWithMark() const { return end - begin >= 2 && begin[0] == L'0' && begin[1] == L'x'; }
+
+    /// Takes the mark, the item and the comma behind it; false for an item of a wrong length. The
+    /// comma is searched up to a zero character: without one the item is all that is left.
+    bool take(wchar_t (&item)[ITEM_DIGITS + 1]) {
+        begin += 2;
+        wchar_t const* stop = begin;
+        auto const furthest = std::min<std::ptrdiff_t>(end - begin, ITEM_DIGITS);
+        while (stop != begin + furthest && *stop != L',' && *stop != L'\0') ++stop;
+        bool const comma = stop != end && *stop == L',';
+        if (!comma) stop = end;
+        if (stop == begin || stop - begin > furthest) return false;
+        *std::copy(begin, stop, item) = L'\0';
+        begin = comma ? stop + 1 : end;
+        return true;
+    }
+
+private:
+    static bool isSpace(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r'; }
+
+    wchar_t const* begin;
+    wchar_t const* end;
+    bool cut = false;
+};
+
+/// Reads every item into `bytes`, which has room for all of them.
+bool _readItems(PLiteral const& s, unsigned char* bytes, unsigned long& count) {
+    ItemText rest(s);
+    for (count = 0; !rest.empty(); ++count) {
+        rest.trim();
+        if (rest.empty()) break;
+        wchar_t item[ITEM_DIGITS + 1];
+        if (!rest.startsWithMark() || !rest.take(item)) return false;
+        if (!_scanHexByte(item, bytes[count])) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int PUtils::strToInt32(PLiteral const& s, int& out) {
+    return _strToNumber(s, L"%d", out);
+}
+
+int PUtils::strToUint32(PLiteral const& s, unsigned int& out) {
+    return _strToNumber(s, L"%u", out);
+}
+
+int PUtils::strToInt64(PLiteral const& s, long long& out) {
+    return _strToNumber(s, L"%lld", out);
+}
+
+int PUtils::strToUint64(PLiteral const& s, unsigned long long& out) {
+    return _strToNumber(s, L"%llu", out);
+}
+
+int PUtils::strToBool(PLiteral const& s, bool& out) {
+    bool const isTrue = s == L"true";
+    if (!isTrue && s != L"false") return PERR_BAD_FORMAT;
+    out = isTrue;
+    return PERR_OK;
+}
+
+int PUtils::hexToByte(PLiteral const& s, char& out) {
+    if (s.ptr() == nullptr || s.len() == 0 || s.len() > ITEM_DIGITS) return PERR_BAD_FORMAT;
+    unsigned char byte = 0;
+    if (!_scanHexByte(s.ptr(), byte)) return PERR_BAD_FORMAT;
+    out = static_cast<char>(byte);
+    return PERR_OK;
+}
+
+int PUtils::hexToDec(wchar_t c, char& out) {
+    int const digit = _hexDigit(c);
+    if (digit < 0) return PERR_BAD_FORMAT;
+    out = static_cast<char>(digit);
+    return PERR_OK;
+}
+
+bool PUtils::isDec(wchar_t const* s, unsigned long n, bool allowSign) {
+    if (n == 0) return true;
+    if (s == nullptr) return false;
+    if (n == P_WHOLE_STRING) n = std::wcslen(s);
+    bool const sign = n != 0 && allowSign && (*s == L'+' || *s == L'-');
+    return std::all_of(s + (sign ? 1 : 0), s + n, _isDigit);
+}
+
+bool PUtils::isHex(wchar_t const* s, unsigned long n) {
+    if (n == 0) return true;
+    if (s == nullptr) return false;
+    if (n == P_WHOLE_STRING) n = std::wcslen(s);
+    return std::all_of(s, s + n, [](wchar_t c) { return _hexDigit(c) >= 0; });
+}
+
+int PUtils::int32ToStr(int v, PString& out) {
+    return _numberToStr(v, out);
+}
+
+int PUtils::uint32ToStr(unsigned int v, PString& out) {
+    return _numberToStr(v, out);
+}
+
+int PUtils::int64ToStr(long long v, PString& out) {
+    return _numberToStr(v, out);
+}
+
+int PUtils::uint64ToStr(unsigned long long v, PString& out) {
+    return _numberToStr(v, out);
+}
+
+int PUtils::boolToStr(bool v, PString& out) {
+    out = v ? L"true" : L"false";
+    return PERR_OK;
+}
+
+int PUtils::binaryToStr(unsigned char const* data, unsigned long n, PString& out) {
+    if (n == 0 || data == nullptr) return PERR_INVALID_ARGUMENT;
+    constexpr unsigned long MOST = (PTRDIFF_MAX / sizeof(wchar_t) - 1) / BYTE_CHARACTERS;
+    if (n > MOST) return PERR_NO_MEMORY;
+    std::unique_ptr<wchar_t[]> const text(new (std::nothrow) wchar_t[BYTE_CHARACTERS * n + 1]);
+    if (!text) return PERR_NO_MEMORY;
+    wchar_t* put = text.get();
+    for (unsigned long i = 0; i < n; ++i, put += BYTE_CHARACTERS) {
+        put[0] = L'0';
+        put[1] = L'x';
+        put[2] = HEX_DIGITS[data[i] >> 4U];
+        put[3] = HEX_DIGITS[data[i] & 15U];
+        put[4] = L',';
+        put[5] = L' ';
+    }
+    put[-2] = L'\0';  // nothing follows the last byte
+    return _assign(out, text.get());
+}
+
+int PUtils::strToBinary(PLiteral const& s, unsigned char*& out, unsigned long& outLen) {
+    if (s.ptr() == nullptr || s.len() == 0) return PERR_BAD_FORMAT;
+    unsigned long const most =
+        s.len() / 4 + 1;  // an item and its comma are four characters or more
+    std::unique_ptr<unsigned char[]> const bytes(new (std::nothrow) unsigned char[most]);
+    if (!bytes) return PERR_NO_MEMORY;
+    unsigned long count = 0;
+    if (!_readItems(s, bytes.get(), count)) return PERR_BAD_FORMAT;
+    auto* const exact = new (std::nothrow) unsigned char[count];
+    if (exact == nullptr) return PERR_NO_MEMORY;
+    std::copy_n(bytes.get(), count, exact);
+    out = exact;
+    outLen = count;
+    return PERR_OK;
+}

@@ -1,0 +1,120 @@
+/// PUtils: formatted text, key and value, argument vectors, and the fix-ups of paths.
+#include <cstdarg>
+#include <cwchar>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include <portinglayer/strings.h>
+
+namespace {
+
+constexpr unsigned long HEADROOM = 2048;  // wide characters beyond the format, terminator included
+constexpr unsigned long SHORT_TEXT = 256;
+constexpr wchar_t PROGRAM_KEY[] = L"process.name";
+
+/// Formats into `shortText`; false when the text does not fit or a conversion fails. `args` stays
+/// usable for another pass.
+bool _formatShort(wchar_t (&shortText)[SHORT_TEXT], wchar_t const* format, va_list args) {
+    va_list copy;
+    va_copy(copy, args);
+    int const written = std::vswprintf(shortText, SHORT_TEXT, format, copy);
+    va_end(copy);
+    return written >= 0;
+}
+
+/// Assigns through the virtual operator, which has no code of its own: a text that could not be
+/// copied shows as a null pointer.
+int _assign(PString& out, wchar_t const* text) {
+    out = text;
+    return out.ptr() == nullptr ? PERR_NO_MEMORY : PERR_OK;
+}
+
+/// Sets an element from its argument; the first one becomes a pair unless it is one already.
+int _setArgument(PString& element, char const* argument, bool first, wchar_t sep) {
+    PString text(argument, P_WHOLE_STRING);
+    unsigned long pos = 0;
+    bool const pair = text.chr(sep, pos, false, false) == PERR_OK && pos < text.len();
+    if (!first || pair) {
+        element = std::move(text);
+        return PERR_OK;
+    }
+    int result = element.set(PROGRAM_KEY, P_WHOLE_STRING);
+    if (result == PERR_OK) result = element.cat(&sep, 1);
+    if (result == PERR_OK) result = element.cat(text);
+    return result;
+}
+
+}  // namespace
+
+int PUtils::vformatString(PString& out, PLiteral const& format, va_list args) {
+    PString const old(
+        std::move(out));  // cleared now, freed at the end: arguments may point into it
+    wchar_t const* const text = format.ptr() != nullptr ? format.ptr() : L"";
+    wchar_t shortText[SHORT_TEXT];
+    if (_formatShort(shortText, text, args)) return _assign(out, shortText);
+
+    // Whatever did not end well is done again with all the room there is, on a ground of zeros: the
+    // text cut by the limit, or what stood before the conversion that failed.
+    unsigned long const limit = format.len() + HEADROOM;
+    std::unique_ptr<wchar_t[]> const buffer(new (std::nothrow) wchar_t[limit + 1]());
+    if (!buffer) return PERR_NO_MEMORY;
+    (void)std::vswprintf(buffer.get(), limit, text, args);  // longer text is cut on purpose
+    return _assign(out, buffer.get());
+}
+
+int PUtils::pformatString(PString& out, wchar_t const* format, ...) {
+    va_list args;
+    va_start(args, format);
+    int const result = vformatString(out, PLiteral(format), args);
+    va_end(args);
+    return result;
+}
+
+int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wchar_t sep) {
+    unsigned long pos = 0;
+    if (text.chr(sep, pos, false, false) != PERR_OK || pos >= text.len()) return PERR_NOT_FOUND;
+    wchar_t const* const whole = text.ptr();
+    unsigned long const rest = text.len() - pos - 1;
+    PString const old(std::move(key));  // kept to the end: the text may be the key itself
+
+    int result = key.set(whole, pos);
+    if (result != PERR_OK) return result;
+    (void)key.trim();  // never fails
+
+    result = value.set(whole + pos + 1, rest);
+    if (result != PERR_OK) return result;
+    (void)value.trim();  // never fails
+    return PERR_OK;
+}
+
+int PUtils::convertArgs(int argc, char** argv, PString*& out, unsigned long& outCount,
+                        wchar_t sep) {
+    out = nullptr;
+    if (argc < 0) return PERR_NO_MEMORY;
+    auto const count = static_cast<unsigned long>(argc);
+    std::unique_ptr<PString[]> elements(new (std::nothrow) PString[count]);
+    if (!elements) return PERR_NO_MEMORY;
+    for (unsigned long i = 0; i < count; ++i) {
+        char const* const argument = argv != nullptr ? argv[i] : nullptr;
+        int const result = _setArgument(elements[i], argument, i == 0, sep);
+        if (result != PERR_OK) return result;
+    }
+    out = elements.release();
+    outCount = count;
+    return PERR_OK;
+}
+
+int PUtils::parseLink(PLiteral const& /*link*/, PString& path, PString& args) {
+    path.clear();
+    args.clear();
+    return PERR_INVALID_ARGUMENT;  // no program ends in an extension here, so no link has a path
+}
+
+int PUtils::fixFileSeparator(PString& path) {
+    return path.replace(L'\\', L'/');
+}
+
+int PUtils::fixExecFileExtension(PString& /*path*/) {
+    return PERR_OK;
+}
