@@ -181,6 +181,8 @@ public:
     int close();
 
 private:
+    int checkWait(PMutex const* mutex) const;
+
     pthread_cond_t* condHandle;  ///< owned
 };
 
