@@ -1,0 +1,168 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include <portinglayer/files.h>
+#include <portinglayer/threads.h>
+
+#include "fs/narrow_path.h"
+
+namespace {
+
+constexpr int CLOSED = -1;
+constexpr mode_t NEW_FILE_MODE = 0644;
+constexpr unsigned int EXCLUSIVE = 0;  // the value of `share` that asks for the lock
+
+/// Turns mode bits into those of the system; false for a combination that is not allowed.
+bool _systemFlags(unsigned int flags, int& system) {
+    bool const write = (flags & PFile::OPEN_WRITE) != 0;
+    bool const create = (flags & PFile::OPEN_CREATE) != 0;
+    bool const truncate = (flags & PFile::OPEN_TRUNCATE) != 0;
+    if (truncate && !write && !create) return false;  // a created file may be truncated unwritten
+
+    system = O_CLOEXEC | O_RDONLY;
+    if (write) system = O_CLOEXEC | ((flags & PFile::OPEN_READ) != 0 ? O_RDWR : O_WRONLY);
+    if (create) system |= O_CREAT;
+    if (truncate) system |= O_TRUNC;
+    if ((flags & PFile::OPEN_APPEND) != 0) system |= O_APPEND;
+    return true;
+}
+
+/// Appends what tells this writer from others: ".talv_temp-PROCESS-TICK".
+int _appendWriter(PString& path) {
+    PString process;
+    PString tick;
+    int result = PUtils::uint32ToStr(static_cast<unsigned int>(getpid()), process);
+    if (result == PERR_OK)
+        result = PUtils::uint64ToStr(static_cast<unsigned long long>(PTime::getTickCount()), tick);
+
+    // Each step is checked: a name left half composed could be that of the original.
+    if (result == PERR_OK) result = path.cat(L".talv_temp-");
+    if (result == PERR_OK) result = path.cat(process);
+    if (result == PERR_OK) result = path.cat(L"-");
+    if (result == PERR_OK) result = path.cat(tick);
+    return result;
+}
+
+}  // namespace
+
+PFile::PFile() : fd(CLOSED), flags(0) {
+}
+
+PFile::~PFile() {
+    (void)PFile::pclose();  // nobody is left to be told
+}
+
+int PFile::popen(PLiteral const& newName, unsigned int newFlags, unsigned int share) {
+    if (newName.len() == 0) return PERR_INVALID_ARGUMENT;
+    if (isOpen()) return PERR_ALREADY_OPEN;
+
+    PString path;
+    if (path.set(newName, P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
+    (void)PUtils::fixFileSeparator(path);  // cannot fail
+
+    if ((newFlags & OPEN_SAFE_WRITE) != 0) {
+        if (share != EXCLUSIVE || newFlags != OPEN_SAFE_WRITE) return PERR_INVALID_ARGUMENT;
+        return openSafely(std::move(path));
+    }
+    int system = 0;
+    if (!_systemFlags(newFlags, system)) return PERR_INVALID_ARGUMENT;
+
+    NarrowText const narrow(path);
+    fd = _onPath(narrow.get(), [&](char const* p) { return ::open(p, system, NEW_FILE_MODE); });
+    if (fd == CLOSED) return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_OPEN;
+
+    // Refused the lock, the handle stays half open: callers close it themselves.
+    if (share == EXCLUSIVE && flock(fd, LOCK_EX | LOCK_NB) != 0)
+        return errno == EAGAIN ? PERR_LOCKED : PERR_OPEN;
+
+    flags = newFlags;
+    name = std::move(path);
+    return PERR_OK;
+}
+
+int PFile::openSafely(PString&& path) {
+    PString sibling;
+    int result = sibling.set(path, P_WHOLE_STRING);
+    if (result == PERR_OK) result = _appendWriter(sibling);
+    if (result == PERR_OK) result = popen(sibling, OPEN_WRITE | OPEN_CREATE | OPEN_TRUNCATE, 0);
+    if (result != PERR_OK) return result;
+
+    tempName = std::move(name);
+    name = std::move(path);
+    flags = OPEN_SAFE_WRITE;
+    return PERR_OK;
+}
+
+int PFile::pread(char* buffer, unsigned long length, unsigned long& done) {
+    if (length == 0 || buffer == nullptr) return PERR_INVALID_ARGUMENT;
+    if (!isOpen()) return PERR_NOT_OPEN;
+    ssize_t const got = ::read(fd, buffer, length);
+    if (got < 0) return PERR_READ;
+    if (got == 0) return PERR_END_OF_FILE;
+    done = static_cast<unsigned long>(got);
+    return PERR_OK;
+}
+
+int PFile::pwrite(char const* buffer, unsigned long length, unsigned long& done) {
+    if (!isOpen()) return PERR_NOT_OPEN;
+    ssize_t const put = ::write(fd, buffer, length);
+    if (put < 0) return PERR_WRITE;
+    if (put == 0) return PERR_END_OF_FILE;
+    done = static_cast<unsigned long>(put);
+    return PERR_OK;
+}
+
+int PFile::pseek(long long offset, int whence) {
+    if (!isOpen()) return PERR_NOT_OPEN;
+    return lseek(fd, offset, whence) < 0 ? PERR_SEEK : PERR_OK;
+}
+
+int PFile::pgetSize(long long& size) {
+    if (!isOpen()) return PERR_NOT_OPEN;
+    struct stat facts;
+    if (fstat(fd, &facts) != 0) return PERR_STAT;
+    size = facts.st_size;
+    return PERR_OK;
+}
+
+int PFile::pflush() {
+    if (!isOpen()) return PERR_NOT_OPEN;
+    (void)fsync(fd);  // callers treat flushing as a hint
+    return PERR_OK;
+}
+
+int PFile::pclose() {
+    int const descriptor = std::exchange(fd, CLOSED);
+    if (descriptor == CLOSED) return PERR_NOT_OPEN;
+    (void)::close(descriptor);  // the descriptor is gone whatever the system says
+
+    int result = PERR_OK;
+    if (flags == OPEN_SAFE_WRITE) {
+        if (name.len() == 0 || tempName.len() == 0) return PERR_NOT_OPEN;
+        if (PFile::rename(tempName, name) != PERR_OK) result = PERR_SYSTEM;
+    }
+    name.clear();
+    tempName.clear();
+    flags = 0;
+    return result;
+}
+
+bool PFile::isOpen() {
+    return fd != CLOSED;
+}
+
+int PFile::pgetName(PString& out) {
+    if (!isOpen()) return PERR_NOT_OPEN;
+    return out.set(name, P_WHOLE_STRING);
+}
+
+void PFile::getFileName(PString& path) {
+    unsigned long slash = 0;
+    if (path.str(L"/", slash, true, false) != PERR_OK) return;
+    (void)path.erase(0, slash + 1);  // the range was found in the text
+}

@@ -1,0 +1,34 @@
+/// How a name of a file reaches the system.
+#ifndef PORTINGLAYER_FS_NARROW_PATH_H
+#define PORTINGLAYER_FS_NARROW_PATH_H
+
+#include <cerrno>
+
+#include <portinglayer/strings.h>
+
+#include "text/narrow_text.h"
+
+/// The multibyte form of a name after its backslashes were turned into slashes. Only a name that
+/// holds a backslash is copied for that.
+class NarrowPath {
+public:
+    explicit NarrowPath(PLiteral const& name);
+
+    /// The terminated name; null when it is empty or cannot be converted.
+    char const* get() const { return text.get(); }
+
+private:
+    PString fixed;  ///< empty unless there was a backslash
+    NarrowText text;
+};
+
+/// Makes a system call on a name and returns its result. A null name, which the C library may not
+/// be handed, fails as the kernel would have it fail.
+template <typename Call>
+int _onPath(char const* path, Call call) {
+    if (path != nullptr) return call(path);
+    errno = EFAULT;
+    return -1;
+}
+
+#endif
