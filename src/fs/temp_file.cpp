@@ -38,7 +38,7 @@ bool _isFree(PString const& candidate) {
 PTempFile::PTempFile() : active(false) {
 }
 
-int PTempFile::popen(PLiteral const& prefix, unsigned int flags, unsigned int share) {
+int PTempFile::popen(PLiteral const& prefix, unsigned int newFlags, unsigned int share) {
     if (active) return PERR_ALREADY_OPEN;
     if (prefix.len() == 0) return PERR_INVALID_ARGUMENT;
 
@@ -49,7 +49,7 @@ int PTempFile::popen(PLiteral const& prefix, unsigned int flags, unsigned int sh
         if (result != PERR_OK) return result;
         if (!_isFree(candidate)) continue;
 
-        result = PFile::popen(candidate, flags, share);
+        result = PFile::popen(candidate, newFlags, share);
         active = result == PERR_OK;
         return result;
     }

@@ -1,0 +1,28 @@
+/// Runs of the child program, and waiting for what they do.
+#ifndef TESTS_SUPPORT_CHILD_RUN_H
+#define TESTS_SUPPORT_CHILD_RUN_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+/// One run of the child program, killed and collected at the latest when the object ends.
+class ChildRun {
+public:
+    explicit ChildRun(std::vector<std::string> arguments);
+    ~ChildRun() { kill(); }
+    ChildRun(ChildRun&& o) noexcept : pid(o.pid) { o.pid = 0; }
+
+    /// Ends the child with SIGKILL and collects it.
+    void kill();
+
+private:
+    pid_t pid = 0;
+};
+
+/// Looks until something holds; false when it does not within twenty seconds.
+bool eventually(std::function<bool()> const& holds);
+
+#endif
