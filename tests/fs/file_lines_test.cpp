@@ -49,7 +49,7 @@ TEST(FileLines, ComeAsTheModelSays) {
     std::string const bytes = "ab\r\n\n\xe9z";
     for (int round = 0; round < 300; ++round) {
         std::string content;
-        for (unsigned left = random() % 40; left > 0; --left) {
+        for (auto left = random() % 40; left > 0; --left) {
             content.append(random() % 4 == 0 ? random() % 300 : 1, bytes[random() % bytes.size()]);
             if (random() % 100 == 0) content += '\0';
         }
