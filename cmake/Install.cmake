@@ -4,6 +4,7 @@
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+include(GdbPrinters)
 
 install(TARGETS portinglayer EXPORT portinglayerTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development

@@ -3,9 +3,13 @@
 #ifndef PORTINGLAYER_PORTINGLAYER_H
 #define PORTINGLAYER_PORTINGLAYER_H
 
+#include <portinglayer/data_streams.h>
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
 #include <portinglayer/result_codes.h>
 #include <portinglayer/strings.h>
+#include <portinglayer/synchronisation.h>
+#include <portinglayer/threads.h>
+#include <portinglayer/version.h>
 
 #endif

@@ -1,0 +1,20 @@
+# The debugger's view of the library: the list of result codes is taken from the header, so that it
+# stands once. gdb looks for the file beside the library, and for a library of the system itself
+# (prefix /usr) in its own folder.
+set(codes_header ${PROJECT_SOURCE_DIR}/include/portinglayer/result_codes.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${codes_header})
+file(STRINGS ${codes_header} code_lines REGEX "^ +CODE\\(")
+set(PORTINGLAYER_GDB_CODES "")
+foreach(line IN LISTS code_lines)
+  string(REGEX REPLACE "^ +CODE\\(([A-Z_]+), (-?[0-9]+),.*" "    \\2: \"\\1\",\n" line "${line}")
+  string(APPEND PORTINGLAYER_GDB_CODES "${line}")
+endforeach()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/gdb_printers.py.in
+  ${PROJECT_BINARY_DIR}/gdb_printers.py @ONLY)
+
+set(gdb_folder ${CMAKE_INSTALL_LIBDIR})
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(gdb_folder ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+endif()
+install(FILES ${PROJECT_BINARY_DIR}/gdb_printers.py DESTINATION ${gdb_folder}
+  RENAME libtalvl.portinglayer.so.${PROJECT_VERSION}-gdb.py COMPONENT development)

@@ -1,0 +1,47 @@
+"""Prints the layout of the library's classes, one fact a line. Run by gdb on INSTANCE, a shared
+object with debug information that includes every header and instantiates the templates; the virtual
+tables of the others are read from LIBRARY, as callers meet them."""
+import glob
+import re
+import subprocess
+
+
+def lines(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
+
+
+def slots(path):
+    """The virtual operations of each class in the order of its table, after the type information."""
+    code, tables, targets = {}, {}, {}
+    for line in lines("nm", "-SC", path):
+        symbol = re.match(r"(\w{16}) (\w{16}) ([tTwWV]) (.*)", line)
+        if symbol and symbol.group(4).startswith("vtable for P"):
+            tables[symbol.group(4)[11:]] = [int(n, 16) for n in symbol.groups()[:2]]
+        elif symbol:
+            code[int(symbol.group(1), 16)] = symbol.group(4)
+    for line in lines("readelf", "-rW", path):
+        moved = re.match(r"(\w{16}) +\w+ R_X86_64_RELATIVE +(\w+)", line)
+        if moved:
+            targets[int(moved.group(1), 16)] = int(moved.group(2), 16)
+    return {name: [code.get(targets.get(place), "pure") for place in range(at + 16, at + size, 8)]
+            for name, (at, size) in tables.items()}
+
+
+def names():
+    for header in glob.glob(HEADERS + "/portinglayer/*.h"):
+        text = open(header).read()
+        for template, name in re.findall(
+                r"^(template.*\n)?(?:class|struct) (?:PORTINGLAYER_EXPORT )?(P\w+)[ \w:]*\{", text, re.M):
+            yield name + ("<int>" if template else "")
+
+
+tables = {**slots(INSTANCE), **slots(LIBRARY)}
+for name in sorted(names()):
+    kind = gdb.lookup_type(name)
+    print(f"class {name} size {kind.sizeof} align {kind.alignof}")
+    for field in kind.fields():
+        if hasattr(field, "bitpos"):
+            what = "base" if field.is_base_class else "member"
+            print(f"  {what} at {field.bitpos // 8}: {field.name} ({field.type.sizeof} bytes)")
+    for number, slot in enumerate(tables.get(name, [])):
+        print(f"  slot {number} {slot}")
