@@ -1,0 +1,370 @@
+// Data streams: integers, strings and records, both directions, all with the most significant byte
+// first. Each peer is one small adaptor; the work is written once.
+
+#include "operation.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include <portinglayer/data_streams.h>
+
+#ifdef BENCH_ACE
+#include <ace/CDR_Stream.h>
+#include <ace/SString.h>
+#endif
+#ifdef BENCH_POCO
+#include <Poco/BinaryReader.h>
+#include <Poco/BinaryWriter.h>
+#endif
+#ifdef BENCH_QT
+#include <QByteArray>
+#include <QDataStream>
+#include <QString>
+#endif
+
+namespace {
+
+/// What every stream carries in turn.
+template <typename Stream>
+void _putIntegers(Stream& stream, unsigned count) {
+    for (unsigned i = 0; i < count; i += 4) {
+        stream.put(static_cast<std::uint16_t>(i));
+        stream.put(static_cast<std::uint32_t>(i));
+        stream.put(static_cast<std::uint64_t>(i));
+        stream.put(static_cast<std::int32_t>(-7));
+    }
+}
+
+template <typename Integer, typename Stream>
+std::uint64_t _get(Stream& stream) {
+    Integer value{};
+    stream.get(value);
+    return static_cast<std::uint64_t>(value);
+}
+
+template <typename Stream>
+std::uint64_t _sumIntegers(Stream& stream, unsigned count) {
+    std::uint64_t sum = 0;
+    for (unsigned i = 0; i < count; i += 4) {
+        sum += _get<std::uint16_t>(stream);
+        sum += _get<std::uint32_t>(stream);
+        sum += _get<std::uint64_t>(stream);
+        sum += _get<std::int32_t>(stream);
+    }
+    return sum;
+}
+
+template <typename Integer>
+Integer _swapped(Integer value) {
+    if constexpr (sizeof value == 2) return static_cast<Integer>(__builtin_bswap16(value));
+    if constexpr (sizeof value == 4) return static_cast<Integer>(__builtin_bswap32(value));
+    if constexpr (sizeof value == 8) return static_cast<Integer>(__builtin_bswap64(value));
+}
+
+/// The hand-written way: a byte vector, bounds checked, with the library's own format.
+struct Bare {
+    using Text = std::wstring;
+    static Text text(wchar_t const* s) { return s; }
+
+    void put(unsigned char value) { bytes.push_back(value); }
+    template <typename Integer>
+    void put(Integer value) {
+        value = _swapped(value);
+        auto const* const from = reinterpret_cast<unsigned char const*>(&value);
+        bytes.insert(bytes.end(), from, from + sizeof value);
+    }
+    void put(Text const& s) {
+        put(static_cast<unsigned char>(9));
+        put(static_cast<unsigned char>(85));
+        put(static_cast<std::uint32_t>(s.size()));
+        for (wchar_t const c : s) bytes.push_back(static_cast<unsigned char>(c));
+    }
+
+    void get(unsigned char& value) {
+        if (at < bytes.size()) value = bytes[at++];
+    }
+    template <typename Integer>
+    void get(Integer& value) {
+        if (bytes.size() - at < sizeof value) return;
+        memcpy(&value, bytes.data() + at, sizeof value);
+        value = _swapped(value);
+        at += sizeof value;
+    }
+    void get(Text& s) {
+        unsigned char tags[2] = {};
+        std::uint32_t count = 0;
+        get(tags[0]);
+        get(tags[1]);
+        get(count);
+        if (tags[0] != 9 || tags[1] != 85 || bytes.size() - at < count) return;
+        s.assign(bytes.data() + at, bytes.data() + at + count);
+        at += count;
+    }
+    void rewind() { at = 0; }
+
+    std::vector<unsigned char> bytes;
+    std::size_t at = 0;
+};
+
+struct Ours {
+    using Text = PString;
+    static Text text(wchar_t const* s) { return {s, P_WHOLE_STRING}; }
+
+    void put(std::uint16_t value) { writer.appendWord(value); }
+    void put(std::uint32_t value) { writer.appendDword(value); }
+    void put(std::uint64_t value) { writer.appendQword(value); }
+    void put(std::int32_t value) { writer.appendInt(value); }
+    void put(Text const& s) { (void)writer.writeString(s); }
+
+    void get(std::uint16_t& value) { (void)reader.getWord(value); }
+    void get(std::uint32_t& value) { (void)reader.getDword(value); }
+    void get(std::uint64_t& value) {
+        unsigned long long read = 0;
+        (void)reader.getQword(read);
+        value = read;
+    }
+    void get(std::int32_t& value) { (void)reader.getInt(value); }
+    void get(Text& s) { (void)reader.readString(s); }
+    void rewind() { reader.setOffset(0); }
+
+    std::vector<unsigned char> bytes;
+    PDataWriter writer{bytes};
+    PDataReader reader{bytes};
+};
+
+#ifdef BENCH_QT
+struct Qt {
+    using Text = QString;
+    static Text text(wchar_t const* s) { return QString::fromWCharArray(s); }
+
+    template <typename Value>
+    void put(Value const& value) {
+        stream << value;
+    }
+    void put(std::uint64_t value) { stream << static_cast<quint64>(value); }
+    template <typename Value>
+    void get(Value& value) {
+        stream >> value;
+    }
+    void get(std::uint64_t& value) {
+        quint64 read = 0;
+        stream >> read;
+        value = read;
+    }
+    void rewind() { stream.device()->seek(0); }
+
+    QByteArray bytes;
+    QDataStream stream{&bytes, QIODevice::ReadWrite};
+};
+#endif
+
+#ifdef BENCH_POCO
+struct Poco_ {
+    using Text = std::string;
+    static Text text(wchar_t const* s) { return {s, s + wcslen(s)}; }
+
+    template <typename Value>
+    void put(Value const& value) {
+        writer << value;
+    }
+    template <typename Value>
+    void get(Value& value) {
+        reader >> value;
+    }
+    void rewind() {
+        bytes.clear();
+        bytes.seekg(0);
+    }
+
+    std::stringstream bytes;
+    Poco::BinaryWriter writer{bytes, Poco::BinaryWriter::NETWORK_BYTE_ORDER};
+    Poco::BinaryReader reader{bytes, Poco::BinaryReader::NETWORK_BYTE_ORDER};
+};
+#endif
+
+#ifdef BENCH_ACE
+/// ACE carries the host's own order and leaves swapping to a reader of another kind.
+struct Ace {
+    using Text = ACE_CString;
+    static Text text(wchar_t const* s) { return std::string(s, s + wcslen(s)).c_str(); }
+
+    void put(std::uint16_t value) { writer.write_ushort(value); }
+    void put(std::uint32_t value) { writer.write_ulong(value); }
+    void put(std::uint64_t value) { writer.write_ulonglong(value); }
+    void put(std::int32_t value) { writer.write_long(value); }
+    void put(Text const& s) { writer.write_string(s); }
+
+    void get(std::uint16_t& value) { reader->read_ushort(value); }
+    void get(std::uint32_t& value) { reader->read_ulong(value); }
+    void get(std::uint64_t& value) { reader->read_ulonglong(value); }
+    void get(std::int32_t& value) { reader->read_long(value); }
+    void get(Text& s) { reader->read_string(s); }
+    void rewind() {
+        if (!whole) whole = std::make_unique<ACE_InputCDR>(writer);
+        reader = std::make_unique<ACE_InputCDR>(*whole);
+    }
+
+    ACE_OutputCDR writer;
+    std::unique_ptr<ACE_InputCDR> whole;
+    std::unique_ptr<ACE_InputCDR> reader;
+};
+#endif
+
+template <typename Text>
+struct Record {
+    Text name;
+    std::uint32_t id;
+    Text primary;
+    Text secondary;
+};
+
+/// What is written and read: `count` items of a kind, made once for each kind of stream.
+template <typename Stream>
+struct Integers {
+    explicit Integers(unsigned n) : count(n) {}
+    void write(Stream& stream) const { _putIntegers(stream, count); }
+    std::uint64_t read(Stream& stream) const { return _sumIntegers(stream, count); }
+    unsigned count;
+};
+
+std::size_t _length(PString const& text) {
+    return text.len();
+}
+template <typename Text>
+std::size_t _length(Text const& text) {
+    return static_cast<std::size_t>(text.length());
+}
+
+template <typename Stream>
+struct Strings {
+    explicit Strings(unsigned n) : texts(n, Stream::text(L"connection.timeout")) {}
+    void write(Stream& stream) const {
+        for (auto const& text : texts) stream.put(text);
+    }
+    std::uint64_t read(Stream& stream) const {
+        std::uint64_t sum = 0;
+        std::vector<typename Stream::Text> list;
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            typename Stream::Text text;
+            stream.get(text);
+            sum += _length(text);
+            list.push_back(std::move(text));
+        }
+        return sum;
+    }
+    std::vector<typename Stream::Text> texts;
+};
+
+template <typename Stream>
+struct Records {
+    using Text = typename Stream::Text;
+    explicit Records(unsigned n)
+        : records(n, {Stream::text(L"target-0001"), 1, Stream::text(L"192.168.117.23"),
+                      Stream::text(L"fe80::1ff:fe23:4567:890a")}) {}
+    void write(Stream& stream) const {
+        stream.put(static_cast<std::uint32_t>(records.size()));
+        for (auto const& record : records) {
+            stream.put(record.name);
+            stream.put(record.id);
+            stream.put(record.primary);
+            stream.put(record.secondary);
+        }
+    }
+    std::uint64_t read(Stream& stream) const {
+        std::uint64_t sum = 0;
+        std::vector<Record<Text>> list;
+        for (std::uint64_t left = _get<std::uint32_t>(stream); left > 0; --left) {
+            Record<Text> record{};
+            stream.get(record.name);
+            stream.get(record.id);
+            stream.get(record.primary);
+            stream.get(record.secondary);
+            sum += record.id + _length(record.secondary);
+            list.push_back(std::move(record));
+        }
+        return sum;
+    }
+    std::vector<Record<Text>> records;
+};
+
+template <>
+struct Records<Ours> {
+    explicit Records(unsigned n)
+        : records(n, {{Ours::text(L"target-0001"), 1},
+                      {Ours::text(L"192.168.117.23"), Ours::text(L"fe80::1ff:fe23:4567:890a")}}) {}
+    void write(Ours& stream) const {
+        (void)PDataFormaterUtils::writePTargetInfoArray(stream.writer, records);
+    }
+    std::uint64_t read(Ours& stream) const {
+        std::uint64_t sum = 0;
+        std::vector<PTargetInfo> list;
+        (void)PDataFormaterUtils::readPTargetInfoArray(stream.reader, list);
+        for (PTargetInfo const& info : list) sum += info.targetId.id + info.address.secondary.len();
+        return sum;
+    }
+    std::vector<PTargetInfo> records;
+};
+
+/// One way of both directions. What was written is checked by reading it.
+template <template <typename> class Items, typename Stream>
+void _addWay(Operation<std::uint64_t>& writing, Operation<std::uint64_t>& reading, char const* name,
+             unsigned count) {
+    auto const items = std::make_shared<Items<Stream>>(count);
+    auto const write = [=] {
+        auto stream = std::make_unique<Stream>();
+        items->write(*stream);
+        return stream;
+    };
+    writing.way(name, write, [=](std::unique_ptr<Stream> const& stream) {
+        stream->rewind();
+        return items->read(*stream);
+    });
+    auto const written = std::shared_ptr<Stream>(write());
+    reading.way(name, [=] {
+        written->rewind();
+        return items->read(*written);
+    });
+}
+
+struct Limits {
+    double writing;
+    double reading;
+};
+
+template <template <typename> class Items>
+void _add(std::string const& items, Limits limits, unsigned count, std::uint64_t sum) {
+    std::string const end = items + " " + std::to_string(count);
+    Operation writing("write " + end, limits.writing, sum, "std::vector by hand");
+    Operation reading("read " + end, limits.reading, sum, "std::vector by hand");
+    _addWay<Items, Bare>(writing, reading, BARE, count);
+#ifdef BENCH_QT
+    _addWay<Items, Qt>(writing, reading, "Qt", count);
+#endif
+#ifdef BENCH_POCO
+    _addWay<Items, Poco_>(writing, reading, "POCO", count);
+#endif
+#ifdef BENCH_ACE
+    _addWay<Items, Ace>(writing, reading, "ACE", count);
+#endif
+    _addWay<Items, Ours>(writing, reading, OURS, count);
+}
+
+std::uint64_t _integerSum(unsigned count) {
+    std::uint64_t sum = 0;
+    for (std::uint64_t i = 0; i < count; i += 4) sum += i % 65536 + 2 * i - 7;
+    return sum;
+}
+
+}  // namespace
+
+void addStreams() {
+    for (unsigned const count : {1000U, 16000U, 256000U})
+        _add<Integers>("integers", {1.05, 2.0}, count, _integerSum(count));
+    for (unsigned const count : {100U, 1600U, 25600U}) {
+        _add<Strings>("strings", {2.5, 1.3}, count, std::uint64_t{18} * count);
+        _add<Records>("records", {2.5, 1.3}, count, std::uint64_t{25} * count);
+    }
+}
