@@ -30,7 +30,7 @@ def read(path):
     for line in open(path):
         text = re.match(r"\s*/// ?(.*)", line)
         opened = re.match(r"(?:class|struct) (?:PORTINGLAYER_EXPORT )?(\w+)[^;]*$", line)
-        operation = re.match(r"[^(]*?([~\w]+)\(", line)
+        operation = re.match(r"[^(]*?(operator[^\s(]+|[~\w]+)\(", line)
         if text:
             comment += text.group(1) + "\n"
         elif opened:
