@@ -18,8 +18,6 @@ def stated(comment, scope, above):
     for name in re.findall(r"[Cc]odes (?:as|of) `([\w:]+)", comment):
         found += codes_of.get(name) or codes_of.get(f"{scope}::{name}") or sys.exit(
             f"{scope}: no operation {name} to take the codes from")
-    if "see the class" in comment:
-        found += codes_of[scope]
     if re.search(r"^As above", comment, re.M):
         found += above
     return found
@@ -35,8 +33,6 @@ def read(path):
             comment += text.group(1) + "\n"
         elif opened:
             scope = opened.group(1)
-            # A list in the comment of the class holds for the operations that point at it.
-            codes_of[scope] = re.findall(r"^- (PERR_\w+)", comment, re.M)
             comment = ""
         elif line.startswith("};"):
             scope = ""
@@ -66,8 +62,7 @@ if strays:
 def operations(code):
     if code == "PERR_OK":
         return "every operation that returns a code"
-    names = [f"{name}()" for name in returned_by[code] if not name[0] == "P" or "::" in name]
-    return ", ".join(names) or "none"
+    return ", ".join(f"{name}()" for name in returned_by[code]) or "none"
 
 
 with open(output, "w") as page:

@@ -251,8 +251,8 @@ private:
 
 /// Two texts that make an address; their meaning is the callers'.
 struct PAddress {
-    PString primary;
-    PString secondary;
+    PString primary;    ///< the first text
+    PString secondary;  ///< the second text
 };
 
 /// A text and a number that identify a target; their meaning is the callers'.
@@ -260,14 +260,14 @@ struct PAddress {
 /// @warning `id` has no value until one is assigned or read: set it before the record is copied or
 ///          written, or make the record with `PTargetID target{}`.
 struct PTargetID {
-    PString name;
-    unsigned int id;
+    PString name;     ///< the text
+    unsigned int id;  ///< the number; has no value at first
 };
 
 /// A target: its identifier and its address.
 struct PTargetInfo {
-    PTargetID targetId;
-    PAddress address;
+    PTargetID targetId;  ///< which one
+    PAddress address;    ///< where it is
 };
 
 /// Writes the records to a stream and reads them back. A class of static operations; an instance
@@ -281,49 +281,47 @@ struct PTargetInfo {
 /// | list of `PTargetInfo` | tagged number (the count), that many `PTargetInfo` |
 ///
 /// The writing operations stop at the first member that fails. There is no rollback: the members
-/// before it stay in the stream. Each returns
-///
-/// - PERR_OK
-/// - PERR_NO_MEMORY    the stream cannot grow
-/// - PERR_DATA_ENCODE  a text cannot be written, see `PDataWriter::writeString`
+/// before it stay in the stream.
 ///
 /// @warning After a failed write, resize the vector to its size before the call, or the stream
 ///          ends in half a record.
 ///
 /// The reading operations of single records stop at the first member that fails; members read
-/// before it keep their new values. Each returns
-///
-/// - PERR_OK
-/// - PERR_DATA_SHORT   the stream ends inside the record
-/// - PERR_DATA_MARKER  a marker byte has another value
-/// - PERR_DATA_DECODE  a payload cannot be converted
-/// - PERR_NO_MEMORY    no memory for a text
-///
-/// and leaves the position where the failing member left it: for a text as
-/// `PDataReader::readString` says; for a tagged number, cut or with a wrong marker, at its marker.
+/// before it keep their new values. The position stays where the failing member left it: for a text
+/// as `PDataReader::readString` says; for a tagged number, cut or with a wrong marker, at its marker.
 ///
 /// Threads: as the stream given to it. Nothing blocks.
 class PORTINGLAYER_EXPORT PDataFormaterUtils {
 public:
-    PDataFormaterUtils();
+    PDataFormaterUtils();  ///< never needed
     virtual ~PDataFormaterUtils();
 
-    /// Appends `address`: `primary`, then `secondary`. Codes: see the class.
+    /// Appends `address`: `primary`, then `secondary`.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY    the stream cannot grow
+    /// @return PERR_DATA_ENCODE  a text cannot be written, see `PDataWriter::writeString`
     static int writePAddress(PDataWriter& writer, PAddress const& address);
-    /// Reads `primary`, then `secondary`. Codes: see the class.
+    /// Reads `primary`, then `secondary`.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_DATA_SHORT   the stream ends inside the record
+    /// @return PERR_DATA_MARKER  a marker byte has another value
+    /// @return PERR_DATA_DECODE  a payload cannot be converted
+    /// @return PERR_NO_MEMORY    no memory for a text
     static int readPAddress(PDataReader& reader, PAddress& address);
 
-    /// Appends `target`: `name`, then 07 and `id`. Codes: see the class.
+    /// Appends `target`: `name`, then 07 and `id`; codes as `writePAddress`.
     static int writePTargetID(PDataWriter& writer, PTargetID const& target);
-    /// Reads `name`, then 07 and `id`. Codes: see the class.
+    /// Reads `name`, then 07 and `id`; codes as `readPAddress`.
     static int readPTargetID(PDataReader& reader, PTargetID& target);
 
-    /// Appends `info`: its identifier, then its address. Codes: see the class.
+    /// Appends `info`: its identifier, then its address; codes as `writePAddress`.
     static int writePTargetInfo(PDataWriter& writer, PTargetInfo const& info);
-    /// Reads the identifier, then the address. Codes: see the class.
+    /// Reads the identifier, then the address; codes as `readPAddress`.
     static int readPTargetInfo(PDataReader& reader, PTargetInfo& info);
 
-    /// Appends 07, the number of records and each record. Codes: see the class; after a failure the
+    /// Appends 07, the number of records and each record; codes as `writePAddress`. After a failure the
     /// stream holds the full count, the records before the failing one and that one's beginning.
     static int writePTargetInfoArray(PDataWriter& writer, std::vector<PTargetInfo> const& list);
 

@@ -342,15 +342,17 @@ public:
     /// @return PERR_DIR_NOT_OPEN  there is no open listing
     int preaddir();
 
-    /// Both forms: go to the next name that matches.
+    /// Goes to the next name that matches.
     ///
     /// @return the codes of `preaddir`
     /// @return PERR_DIR_NOT_OPEN  there is no current name: call `preaddir` first
     int operator++();
+    /// As above; the result is the new code in this form, too.
     int operator++(int);
 
-    /// Compares the code of the last step.
+    /// Tells whether `value` is the code of the last step.
     bool operator==(int value) const;
+    /// Tells whether `value` is another code than that of the last step.
     bool operator!=(int value) const;
 
     /// The current name, without its directory; the object's own, valid until the next step.
