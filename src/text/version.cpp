@@ -1,3 +1,5 @@
 #include <portinglayer/version.h>
 
-unsigned int portinglayerVersion() { return PORTINGLAYER_VERSION; }
+unsigned int portinglayerVersion() {
+    return PORTINGLAYER_VERSION;
+}

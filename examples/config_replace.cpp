@@ -1,0 +1,118 @@
+/// A configuration file that two processes change at the same time, while a third one reads it.
+///
+/// Safe writing gives the reader whole files: new content is written beside the old and moved over
+/// it in one step. It doesn't keep two writers from losing each other's change, so each holds a lock
+/// on another file while it reads, changes and replaces. usage: config_replace FOLDER
+#include <clocale>
+#include <cstdio>
+
+#include <portinglayer/portinglayer.h>
+
+namespace {
+
+constexpr unsigned int ENTRIES = 100;
+constexpr unsigned int CHANGES = 25;
+constexpr long long LIMIT_MILLISECONDS = 30000;
+
+/// Reads the file, in which every entry carries the revision. Half a file is PERR_BAD_FORMAT.
+int _read(PLiteral const& name, unsigned int& revision) {
+    PFile file;
+    int result = file.popen(name, PFile::OPEN_READ, 1);  // 1: readers need no lock
+    PString line;
+    PString key;
+    PString value;
+    for (unsigned int i = 0; i < ENTRIES && result == PERR_OK; ++i) {
+        unsigned int number = 0;
+        if (file.preadLine(line) != PERR_OK) return PERR_BAD_FORMAT;
+        result = PUtils::getKeyValue(line, key, value, L'=');
+        if (result == PERR_OK) result = PUtils::strToUint32(value, number);
+        if (i > 0 && number != revision) return PERR_BAD_FORMAT;
+        revision = number;
+    }
+    return result;
+}
+
+/// Replaces the file. Old content or new: there is nothing between for others to see.
+int _replace(PLiteral const& name, unsigned int revision) {
+    PString content;
+    PString entry;
+    for (unsigned int i = 0; i < ENTRIES; ++i) {
+        int result = PUtils::pformatString(entry, L"entry.%u = %u\n", i, revision);
+        if (result == PERR_OK) result = content.cat(entry);
+        if (result != PERR_OK) return result;
+    }
+    PFile file;
+    int result = file.popen(name, PFile::OPEN_SAFE_WRITE, 0);
+    if (result == PERR_OK) result = file.pwriteLine(content);
+    if (result == PERR_OK) result = file.pflush();  // content on the device before it gets the name
+    int const closed = file.pclose();               // moves it over the name
+    return result == PERR_OK ? closed : result;
+}
+
+/// One change: nobody else changes the file between the reading and the replacing.
+int _change(PLiteral const& name, PLiteral const& lockName) {
+    PFile lock;
+    int result = PERR_OK;
+    while ((result = lock.popen(lockName, PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0)) ==
+           PERR_LOCKED) {
+        lock.pclose();  // still open, without the lock
+        PThread::psleep(1);
+    }
+    unsigned int revision = 0;
+    if (result == PERR_OK) result = _read(name, revision);
+    if (result == PERR_OK) result = _replace(name, revision + 1);
+    return result;  // the lock goes with its file
+}
+
+int _write(PLiteral const& name, PLiteral const& lockName) {
+    for (unsigned int i = 0; i < CHANGES; ++i) {
+        int const result = _change(name, lockName);
+        if (result != PERR_OK) {
+            std::fprintf(stderr, "writer: %s\n", perrorName(result));
+            return 1;
+        }
+    }
+    return 0;
+}
+
+/// Reads for as long as the writers are at work; they have ended when the last change is there.
+int _watch(PLiteral const& name, unsigned int& revision) {
+    unsigned int reads = 0;
+    long long const start = PTime::getTickCount();
+    while (revision < 2 * CHANGES) {
+        int const result = _read(name, revision);
+        if (result != PERR_OK) return result;
+        if (PTime::getTickCountDiff(start, PTime::getTickCount()) > LIMIT_MILLISECONDS) break;
+        ++reads;
+    }
+    std::printf("read %u times, whole each time; revision %u\n", reads, revision);
+    return revision == 2 * CHANGES ? PERR_OK : PERR_NOT_FOUND;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    (void)std::setlocale(LC_ALL, "");
+    if (argc < 2) return 2;
+    PString name(argv[1], P_WHOLE_STRING);
+    (void)name.cat(PLiteral(L"/settings.conf"));
+    PString lockName(name);
+    (void)lockName.cat(PLiteral(L".lock"));
+    if (argc == 3) return _write(name, lockName);
+
+    PString self;
+    int result = PProcess::getPath(PProcess::getCurrentPID(), self);
+    if (result == PERR_OK) result = _replace(name, 0);
+    PString const arguments(PString(argv[1], P_WHOLE_STRING) += L" writer");
+    PProcess first(self, arguments);
+    PProcess second(self, arguments);
+    if (result == PERR_OK) result = first.start();
+    if (result == PERR_OK) result = second.start();
+    unsigned int revision = 0;
+    if (result == PERR_OK) result = _watch(name, revision);
+    int codes[2] = {-1, -1};
+    if (first.waitExitCode(codes[0]) != PERR_OK || codes[0] != 0) return 1;
+    if (second.waitExitCode(codes[1]) != PERR_OK || codes[1] != 0) return 1;
+    if (result != PERR_OK) std::fprintf(stderr, "reader: %s\n", perrorName(result));
+    return result == PERR_OK ? 0 : 1;
+}
