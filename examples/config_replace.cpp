@@ -32,25 +32,33 @@ int _read(PLiteral const& name, unsigned int& revision) {
     return result;
 }
 
-/// Replaces the file. Old content or new: there is nothing between for others to see.
-int _replace(PLiteral const& name, unsigned int revision) {
-    PString content;
-    PString entry;
-    for (unsigned int i = 0; i < ENTRIES; ++i) {
-        int result = PUtils::pformatString(entry, L"entry.%u = %u\n", i, revision);
-        if (result == PERR_OK) result = content.cat(entry);
-        if (result != PERR_OK) return result;
+/// Gives a replacement up: with the new file gone, closing moves nothing over the old one.
+void _abandon(PLiteral const& folder) {
+    PString pattern;
+    (void)PUtils::pformatString(pattern, L"*.talv_temp-%u-*", PProcess::getCurrentPID());
+    PDir dir(folder, pattern);
+    for (dir.preaddir(); dir == PERR_OK; ++dir) {
+        (void)PFile::pdelete((PString(folder) += L"/") += dir.getEntry());
     }
+}
+
+/// Replaces the file: others see the old content or the new, and nothing between.
+int _replace(PLiteral const& folder, PLiteral const& name, unsigned int revision) {
     PFile file;
+    PString entry;
     int result = file.popen(name, PFile::OPEN_SAFE_WRITE, 0);
-    if (result == PERR_OK) result = file.pwriteLine(content);
+    for (unsigned int i = 0; i < ENTRIES && result == PERR_OK; ++i) {
+        result = PUtils::pformatString(entry, L"entry.%u = %u", i, revision);
+        if (result == PERR_OK) result = file.pwriteLine(entry);
+    }
     if (result == PERR_OK) result = file.pflush();  // content on the device before it gets the name
-    int const closed = file.pclose();               // moves it over the name
-    return result == PERR_OK ? closed : result;
+    if (result == PERR_OK) return file.pclose();    // moves it over the name
+    _abandon(folder);
+    return result;
 }
 
 /// One change: nobody else changes the file between the reading and the replacing.
-int _change(PLiteral const& name, PLiteral const& lockName) {
+int _change(PLiteral const& folder, PLiteral const& name, PLiteral const& lockName) {
     PFile lock;
     int result = PERR_OK;
     while ((result = lock.popen(lockName, PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0)) ==
@@ -60,19 +68,8 @@ int _change(PLiteral const& name, PLiteral const& lockName) {
     }
     unsigned int revision = 0;
     if (result == PERR_OK) result = _read(name, revision);
-    if (result == PERR_OK) result = _replace(name, revision + 1);
+    if (result == PERR_OK) result = _replace(folder, name, revision + 1);
     return result;  // the lock goes with its file
-}
-
-int _write(PLiteral const& name, PLiteral const& lockName) {
-    for (unsigned int i = 0; i < CHANGES; ++i) {
-        int const result = _change(name, lockName);
-        if (result != PERR_OK) {
-            std::fprintf(stderr, "writer: %s\n", perrorName(result));
-            return 1;
-        }
-    }
-    return 0;
 }
 
 /// Reads for as long as the writers are at work; they have ended when the last change is there.
@@ -94,25 +91,30 @@ int _watch(PLiteral const& name, unsigned int& revision) {
 int main(int argc, char** argv) {
     (void)std::setlocale(LC_ALL, "");
     if (argc < 2) return 2;
-    PString name(argv[1], P_WHOLE_STRING);
-    (void)name.cat(PLiteral(L"/settings.conf"));
-    PString lockName(name);
-    (void)lockName.cat(PLiteral(L".lock"));
-    if (argc == 3) return _write(name, lockName);
+    PString const folder(argv[1], P_WHOLE_STRING);
+    PString const name(PString(folder) += L"/settings.conf");
+    PString const lockName(PString(name) += L".lock");
+    int result = PERR_OK;
+    if (argc == 3) {  // a writer
+        for (unsigned int i = 0; i < CHANGES && result == PERR_OK; ++i) {
+            result = _change(folder, name, lockName);
+        }
+        return result == PERR_OK ? 0 : 1;
+    }
 
     PString self;
-    int result = PProcess::getPath(PProcess::getCurrentPID(), self);
-    if (result == PERR_OK) result = _replace(name, 0);
-    PString const arguments(PString(argv[1], P_WHOLE_STRING) += L" writer");
+    PString const arguments(PString(folder) += L" writer");
+    result = PProcess::getPath(PProcess::getCurrentPID(), self);
+    if (result == PERR_OK) result = _replace(folder, name, 0);
     PProcess first(self, arguments);
     PProcess second(self, arguments);
     if (result == PERR_OK) result = first.start();
     if (result == PERR_OK) result = second.start();
     unsigned int revision = 0;
     if (result == PERR_OK) result = _watch(name, revision);
-    int codes[2] = {-1, -1};
-    if (first.waitExitCode(codes[0]) != PERR_OK || codes[0] != 0) return 1;
-    if (second.waitExitCode(codes[1]) != PERR_OK || codes[1] != 0) return 1;
+    int code = -1;
+    if (first.waitExitCode(code) != PERR_OK || code != 0) return 1;
+    if (second.waitExitCode(code) != PERR_OK || code != 0) return 1;
     if (result != PERR_OK) std::fprintf(stderr, "reader: %s\n", perrorName(result));
     return result == PERR_OK ? 0 : 1;
 }
