@@ -169,7 +169,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, flags.data());
     if (benchmark::ReportUnrecognizedArguments(count, flags.data())) return 2;
 
-    for (auto const add : {addText, addStreams}) add();
+    for (auto const add : {addText, addStreams, addSync, addFiles}) add();
     std::map<std::string, Medians> best;
     for (int run = 0; run < runs; ++run) _run(std::regex(filter), best);
     _printTable(best);
