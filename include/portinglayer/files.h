@@ -30,7 +30,9 @@ public:
     static constexpr unsigned int OPEN_CREATE = 16;      ///< a missing file is created, mode 0644
     static constexpr unsigned int OPEN_SAFE_WRITE = 32;  ///< safe writing; stands alone
 
+    /// A closed handle.
     PFile();
+
     PFile(PFile const&) = delete;
     PFile& operator=(PFile const&) = delete;
 
@@ -257,6 +259,7 @@ private:
 /// `PFile::pclose` on the base the object stays taken, and `popen` refuses it.
 class PORTINGLAYER_EXPORT PTempFile : public PFile {
 public:
+    /// A closed handle, ready for `popen`.
     PTempFile();
 
     /// Opens a file that did not exist a moment ago, called `prefix` followed by up to six digits.
