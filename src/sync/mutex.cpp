@@ -58,23 +58,20 @@ int PMutex::init(bool create) {
 }
 
 int PMutex::lock() {
-    if (named) {
-        if (semHandle == nullptr) return PERR_MUTEX;
-        return sem_wait(semHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
-    }
+    // At most one of the handles is ever set, so the common form is found with one look.
+    if (mutexHandle != nullptr)
+        return pthread_mutex_lock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
 
-    if (mutexHandle == nullptr) return PERR_MUTEX;
-    return pthread_mutex_lock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
+    if (semHandle == nullptr) return PERR_MUTEX;
+    return sem_wait(semHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
 }
 
 int PMutex::unlock() {
-    if (named) {
-        if (semHandle == nullptr) return PERR_MUTEX;
-        return sem_post(semHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
-    }
+    if (mutexHandle != nullptr)
+        return pthread_mutex_unlock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
 
-    if (mutexHandle == nullptr) return PERR_MUTEX;
-    return pthread_mutex_unlock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
+    if (semHandle == nullptr) return PERR_MUTEX;
+    return sem_post(semHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
 }
 
 int PMutex::close() {

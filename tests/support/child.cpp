@@ -9,6 +9,9 @@
 ///                       writes "new" safely to FILE as far as STAGE (open, written, flushed,
 ///                       closed), creates READY when it got there, sleeps
 ///   tree DEPTH FILE     starts `tree DEPTH-1 FILE`, appends its id to FILE, sleeps
+///   raise KIND NAME FILE TURNS
+///                       opens NAME as a lock or semaphore, appends a byte to FILE.open, then adds
+///                       1 to the number in FILE so many times, alone, and sleeps
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +22,7 @@
 #include <unistd.h>
 
 #include <portinglayer/files.h>
+#include <portinglayer/synchronisation.h>
 
 namespace {
 
@@ -80,6 +84,22 @@ int _tree(int depth, char** argv) {
     return static_cast<int>(sleep(60));
 }
 
+int _raise(bool isLock, std::string const& narrowName, std::string const& file, int turns) {
+    std::wstring const name(narrowName.begin(), narrowName.end());
+    PMutex lock(name.c_str());
+    PSemaphore semaphore(name.c_str());
+    if ((isLock ? lock.init(false) : semaphore.init(0, false)) != PERR_OK) return 1;
+    std::ofstream(file + ".open", std::ios::app) << 'x';
+    for (; turns > 0; --turns) {
+        if ((isLock ? lock.lock() : semaphore.wait()) != PERR_OK) return 2;
+        int number = 0;
+        std::ifstream(file) >> number;
+        std::ofstream(file) << number + 1;
+        if ((isLock ? lock.unlock() : semaphore.post()) != PERR_OK) return 3;
+    }
+    return static_cast<int>(sleep(60));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -94,5 +114,7 @@ int main(int argc, char** argv) {
     if (mode == "hold" && argc > 4) return _hold(argv);
     if (mode == "replace" && argc > 4) return _replace(argv);
     if (mode == "tree" && argc > 3) return _tree(number, argv);
+    if (mode == "raise" && argc > 5)
+        return _raise(std::strcmp(argv[2], "lock") == 0, argv[3], argv[4], std::atoi(argv[5]));
     return 64;
 }
