@@ -1,0 +1,59 @@
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include <portinglayer/processes.h>
+
+#include "process/cpu_sampling.h"
+
+// What the readers of /proc make of files that hold anything: every fopen gives the input.
+
+namespace {
+
+std::string source;
+
+}  // namespace
+
+extern "C" FILE* __real_fopen(char const* path, char const* mode);
+extern "C" FILE* __wrap_fopen(char const* path, char const* mode);
+FILE* __wrap_fopen(char const* path, char const* mode) {
+    bool const replaced = std::string(path).starts_with("/proc/");
+    return __real_fopen(replaced ? source.c_str() : path, mode);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size) {
+    int const memory = memfd_create("input", 0);
+    source = "/proc/self/fd/" + std::to_string(memory);
+    if (write(memory, input, size) < 0) return 0;
+
+    unsigned int const self = PProcess::getCurrentPID();
+    PString text;
+    std::vector<PString> list;
+    std::vector<unsigned int> ids, parents;
+    unsigned long long bytes = 0;
+    unsigned int number = 0;
+    bool flag = false;
+    (void)PProcess::isRunning(self, flag);
+    (void)PProcess::getName(self, text);
+    (void)PProcess::getCmdLine(self, text);
+    (void)PProcess::getEnvironment(self, list);
+    (void)PProcess::getMemoryUsage(self, bytes);
+    (void)PProcess::getParentPID(self, number);
+    (void)PProcess::getFreeMemory(bytes);
+    if (size < 64) (void)PProcess::find(PString(L"name", 4), ids, parents);
+
+    PFile file;
+    proc_stat process;
+    cpu_stat machine;
+    std::wstring const path(source.begin(), source.end());
+    if (file.popen(path.c_str(), PFile::OPEN_READ, 1) == PERR_OK) {
+        (void)_readProcStat(file, self, &process);
+        (void)file.pseek(0, 0);
+        (void)_readCpuStat(file, &machine);
+    }
+    (void)close(memory);
+    return 0;
+}
