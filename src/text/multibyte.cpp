@@ -8,14 +8,13 @@
 #include <cstring>
 #include <cwchar>
 
+#include "text/ascii_block.h"
+
 // The C library converts each text through its general converter. Where the codeset is ASCII or
-// UTF-8, runs of ASCII and well-formed UTF-8 are converted here; at the first character that is
-// anything else the rest of the text goes to the C library, whose answer then stands.
+// UTF-8, ASCII and well-formed UTF-8 are converted here; at the first character that is anything
+// else the rest of the text goes to the C library, whose answer then stands.
 
 namespace {
-
-constexpr std::size_t BLOCK =
-    16;  // characters looked at together; the compiler makes vectors of it
 
 enum class Codeset { ASCII, UTF8, OTHER };
 
@@ -26,138 +25,128 @@ Codeset _codeset() {
     return Codeset::OTHER;
 }
 
-bool _isAscii(wchar_t c) {
-    return static_cast<std::uint32_t>(c) < 0x80;
-}
+/// How far a conversion came, and whether the C library must go on from there.
+template <typename From, typename To>
+struct Progress {
+    From const* from;
+    To* to;
+    bool handOver;
+};
 
-bool _isAsciiBlock(wchar_t const* s) {
-    std::uint32_t any = 0;
-    for (std::size_t i = 0; i < BLOCK; ++i) any |= static_cast<std::uint32_t>(s[i]);
-    return any < 0x80;
-}
-
-bool _isAsciiBlock(char const* s) {
-    std::uint64_t halves[2];
-    memcpy(halves, s, BLOCK);
-    return ((halves[0] | halves[1]) & 0x8080808080808080U) == 0;
-}
+constexpr std::ptrdiff_t BLOCK = ASCII_BLOCK;
 
 /// Bytes of a character in UTF-8; 0 for what only the C library may decide about.
-std::size_t _utf8Length(std::uint32_t c) {
+std::ptrdiff_t _utf8Length(std::uint32_t c) {
     if (c < 0x800) return 2;
     if (c >= 0xD800 && c <= 0xDFFF) return 0;
     if (c < 0x10000) return 3;
     return c < 0x110000 ? 4 : 0;
 }
 
-void _encode(char* out, std::uint32_t c, std::size_t bytes) {
-    for (std::size_t i = bytes - 1; i > 0; --i, c >>= 6)
-        out[i] = static_cast<char>(0x80U | (c & 0x3FU));
-    out[0] = static_cast<char>((0xF00U >> bytes) | c);  // C0, E0 or F0 in the lower eight bits
+char _following(std::uint32_t c) {
+    return static_cast<char>(0x80U | (c & 0x3FU));
 }
 
-/// Decodes one character of two to four bytes, reading no byte behind the first that is no
-/// continuation. Returns its bytes; 0 for what only the C library may decide about.
-std::size_t _decode(char const* s, wchar_t& out) {
-    auto const lead = static_cast<unsigned char>(*s);
-    if (lead < 0xC2 || lead > 0xF4) return 0;
-    std::size_t const bytes = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    std::uint32_t c = lead & (0x7FU >> bytes);
-    for (std::size_t i = 1; i < bytes; ++i) {
-        auto const next = static_cast<unsigned char>(s[i]);
-        if ((next & 0xC0U) != 0x80U) return 0;
-        c = (c << 6U) | (next & 0x3FU);
+/// Encodes a character of two to four bytes that fits before `end`. Returns its bytes; 0 for what
+/// only the C library may decide about.
+std::ptrdiff_t _encode(char* out, char const* end, std::uint32_t c) {
+    std::ptrdiff_t const bytes = _utf8Length(c);
+    if (bytes > end - out) return 0;
+    if (bytes == 2) {
+        out[0] = static_cast<char>(0xC0U | (c >> 6U));
+        out[1] = _following(c);
+    } else if (bytes == 3) {
+        out[0] = static_cast<char>(0xE0U | (c >> 12U));
+        out[1] = _following(c >> 6U);
+        out[2] = _following(c);
+    } else if (bytes == 4) {
+        out[0] = static_cast<char>(0xF0U | (c >> 18U));
+        out[1] = _following(c >> 12U);
+        out[2] = _following(c >> 6U);
+        out[3] = _following(c);
     }
-    if (_utf8Length(c) != bytes) return 0;
-    out = static_cast<wchar_t>(c);
     return bytes;
 }
 
-struct Narrowing {
-    wchar_t const* from;
-    wchar_t const* fromEnd;
-    char* to;
-    char* toEnd;
-
-    /// Whether both sides have room for one more block.
-    bool blockLeft() const { return std::min(fromEnd - from, toEnd - to) >= std::ptrdiff_t{BLOCK}; }
-    bool left() const { return from < fromEnd && to < toEnd; }
-    void asciiBlocks();
-    bool one(bool utf8);
-};
-
-void Narrowing::asciiBlocks() {
-    while (blockLeft() && _isAsciiBlock(from)) {
-        for (std::size_t i = 0; i < BLOCK; ++i) to[i] = static_cast<char>(from[i]);
-        from += BLOCK;
-        to += BLOCK;
-    }
+std::uint32_t _byte(char const* s) {
+    return static_cast<unsigned char>(*s);
 }
 
-/// Converts one character; false where the C library must go on.
-bool Narrowing::one(bool utf8) {
-    if (_isAscii(*from)) {
-        *to++ = static_cast<char>(*from++);
-        return true;
-    }
-    auto const c = static_cast<std::uint32_t>(*from);
-    std::size_t const bytes = utf8 ? _utf8Length(c) : 0;
-    if (bytes == 0 || bytes > static_cast<std::size_t>(toEnd - to)) return false;
-    _encode(to, c, bytes);
-    to += bytes;
-    ++from;
-    return true;
+bool _continues(char const* s) {
+    return (_byte(s) & 0xC0U) == 0x80U;
 }
 
-struct Widening {
-    char const* from;
-    char const* fromEnd;  // no further from `from` than `toEnd` is from `to`
-    wchar_t* to;
-    wchar_t* toEnd;
-
-    bool left();
-    void asciiBlocks();
-    bool one(bool utf8);
-};
-
-/// Whether there is text to convert and room for it. How many bytes may be looked at is measured
-/// as it goes: only as many as there are wide characters to fill.
-bool Widening::left() {
-    if (to == toEnd) return false;
-    if (from >= fromEnd) fromEnd = from + strnlen(from, static_cast<std::size_t>(toEnd - to));
-    return from != fromEnd;
+std::uint32_t _sixBits(char const* s) {
+    return _byte(s) & 0x3FU;
 }
 
-void Widening::asciiBlocks() {
-    while (fromEnd - from >= std::ptrdiff_t{BLOCK} && _isAsciiBlock(from)) {
-        for (std::size_t i = 0; i < BLOCK; ++i) to[i] = static_cast<wchar_t>(from[i]);
-        from += BLOCK;
-        to += BLOCK;
-    }
+/// Decodes a character of two to four bytes, looking at no byte behind the first that does not
+/// continue it. Returns its bytes; 0 for what only the C library may decide about.
+std::ptrdiff_t _decode(char const* s, std::uint32_t& c) {
+    std::uint32_t const lead = _byte(s);
+    if (lead < 0xC2 || lead > 0xF4 || !_continues(s + 1)) return 0;
+    c = (lead & 0x1FU) << 6U | _sixBits(s + 1);
+    if (lead < 0xE0) return 2;
+
+    if (!_continues(s + 2)) return 0;
+    c = (c & 0x3FFU) << 6U | _sixBits(s + 2);
+    if (lead < 0xF0) return _utf8Length(c) == 3 ? 3 : 0;
+
+    if (!_continues(s + 3)) return 0;
+    c = (c & 0x7FFFU) << 6U | _sixBits(s + 3);
+    return _utf8Length(c) == 4 ? 4 : 0;
 }
 
-/// Converts one character; false where the C library must go on.
-bool Widening::one(bool utf8) {
-    if (static_cast<unsigned char>(*from) < 0x80) {
-        *to++ = static_cast<wchar_t>(*from++);
-        return true;
+/// Narrows from `from` to `fromEnd`, or until the next character does not fit before `toEnd`. Text
+/// that is not all ASCII pays for one look at a block in as many single characters.
+Progress<wchar_t, char> _narrowRun(wchar_t const* from, wchar_t const* fromEnd, char* to,
+                                   char* toEnd, bool utf8) {
+    while (from != fromEnd && to != toEnd) {
+        while (std::min(fromEnd - from, toEnd - to) >= BLOCK && _narrowAsciiBlock(to, from)) {
+            from += BLOCK;
+            to += BLOCK;
+        }
+        wchar_t const* const pause = from + std::min(fromEnd - from, BLOCK);
+        for (; from != pause && to != toEnd; ++from) {
+            auto const c = static_cast<std::uint32_t>(*from);
+            if (c < 0x80) {
+                *to++ = static_cast<char>(c);
+                continue;
+            }
+            std::ptrdiff_t const bytes = utf8 ? _encode(to, toEnd, c) : 0;
+            if (bytes == 0) return {from, to, true};
+            to += bytes;
+        }
     }
-    std::size_t const bytes = utf8 ? _decode(from, *to) : 0;
-    from += bytes;
-    to += bytes != 0 ? 1 : 0;
-    return bytes != 0;
+    return {from, to, false};
 }
 
-/// Converts until the text or the room ends; false where the C library must go on. Text that is
-/// not all ASCII pays for one look at a block in as many single characters.
-template <typename Conversion>
-bool _convert(Conversion& conversion, bool utf8) {
-    while (conversion.left()) {
-        conversion.asciiBlocks();
-        for (std::size_t i = 0; i < BLOCK && conversion.left(); ++i)
-            if (!conversion.one(utf8)) return false;
+/// Widens until the text ends or `toEnd` is reached. How many bytes may be looked at is measured on
+/// the way: never more than there are wide characters to fill.
+Progress<char, wchar_t> _widenRun(char const* from, wchar_t* to, wchar_t* toEnd, bool utf8) {
+    char const* fromEnd = from;
+    while (to != toEnd) {
+        if (from >= fromEnd) fromEnd = from + strnlen(from, static_cast<std::size_t>(toEnd - to));
+        if (from == fromEnd) break;
+
+        while (fromEnd - from >= BLOCK && _widenAsciiBlock(to, from)) {
+            from += BLOCK;
+            to += BLOCK;
+        }
+        char const* const pause = from + std::min(fromEnd - from, BLOCK);
+        while (from < pause) {
+            std::uint32_t c = _byte(from);
+            if (c < 0x80) {
+                ++from;
+            } else {
+                std::ptrdiff_t const bytes = utf8 ? _decode(from, c) : 0;
+                if (bytes == 0) return {from, to, true};
+                from += bytes;
+            }
+            *to++ = static_cast<wchar_t>(c);
+        }
     }
-    return true;
+    return {from, to, false};
 }
 
 }  // namespace
@@ -166,14 +155,14 @@ std::size_t _narrow(char* out, wchar_t const* s, std::size_t limit) {
     Codeset const codeset = _codeset();
     if (codeset == Codeset::OTHER) return wcstombs(out, s, limit);
 
-    Narrowing conversion{s, s + wcsnlen(s, limit), out, out + limit};
-    bool const complete = _convert(conversion, codeset == Codeset::UTF8);
-    auto const done = static_cast<std::size_t>(conversion.to - out);
-    if (!complete) {
-        std::size_t const rest = wcstombs(conversion.to, conversion.from, limit - done);
+    wchar_t const* const end = s + wcsnlen(s, limit);
+    auto const run = _narrowRun(s, end, out, out + limit, codeset == Codeset::UTF8);
+    auto const done = static_cast<std::size_t>(run.to - out);
+    if (run.handOver) {
+        std::size_t const rest = wcstombs(run.to, run.from, limit - done);
         return rest == MULTIBYTE_FAILED ? rest : done + rest;
     }
-    if (done < limit) *conversion.to = '\0';
+    if (done < limit) *run.to = '\0';
     return done;
 }
 
@@ -181,13 +170,12 @@ std::size_t _widen(wchar_t* out, char const* s, std::size_t limit) {
     Codeset const codeset = _codeset();
     if (codeset == Codeset::OTHER) return mbstowcs(out, s, limit);
 
-    Widening conversion{s, s, out, out + limit};
-    bool const complete = _convert(conversion, codeset == Codeset::UTF8);
-    auto const done = static_cast<std::size_t>(conversion.to - out);
-    if (!complete) {
-        std::size_t const rest = mbstowcs(conversion.to, conversion.from, limit - done);
+    auto const run = _widenRun(s, out, out + limit, codeset == Codeset::UTF8);
+    auto const done = static_cast<std::size_t>(run.to - out);
+    if (run.handOver) {
+        std::size_t const rest = mbstowcs(run.to, run.from, limit - done);
         return rest == MULTIBYTE_FAILED ? rest : done + rest;
     }
-    if (done < limit) *conversion.to = L'\0';
+    if (done < limit) *run.to = L'\0';
     return done;
 }
