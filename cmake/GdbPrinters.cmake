@@ -3,11 +3,12 @@
 # (prefix /usr) in its own folder.
 set(codes_header ${PROJECT_SOURCE_DIR}/include/portinglayer/result_codes.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${codes_header})
-file(STRINGS ${codes_header} code_lines REGEX "^ +CODE\\(")
+file(READ ${codes_header} codes_text)
+string(REGEX MATCHALL "CODE\\(PERR_[A-Z_]+, -?[0-9]+" codes "${codes_text}")
 set(PORTINGLAYER_GDB_CODES "")
-foreach(line IN LISTS code_lines)
-  string(REGEX REPLACE "^ +CODE\\(([A-Z_]+), (-?[0-9]+),.*" "    \\2: \"\\1\",\n" line "${line}")
-  string(APPEND PORTINGLAYER_GDB_CODES "${line}")
+foreach(code IN LISTS codes)
+  string(REGEX REPLACE "CODE\\(([A-Z_]+), (.*)" "    \\2: \"\\1\",\n" code "${code}")
+  string(APPEND PORTINGLAYER_GDB_CODES "${code}")
 endforeach()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/gdb_printers.py.in
   ${PROJECT_BINARY_DIR}/gdb_printers.py @ONLY)

@@ -18,7 +18,7 @@ def slots(path):
         if symbol and symbol.group(4).startswith("vtable for P"):
             tables[symbol.group(4)[11:]] = [int(n, 16) for n in symbol.groups()[:2]]
         elif symbol:
-            code[int(symbol.group(1), 16)] = symbol.group(4)
+            code[int(symbol.group(1), 16)] = symbol.group(4).removesuffix(" [clone .localalias]")
     for line in lines("readelf", "-rW", path):
         moved = re.match(r"(\w{16}) +\w+ R_X86_64_RELATIVE +(\w+)", line)
         if moved:
