@@ -3,6 +3,7 @@
 #ifndef PORTINGLAYER_PORTINGLAYER_H
 #define PORTINGLAYER_PORTINGLAYER_H
 
+#include <portinglayer/counters.h>
 #include <portinglayer/data_streams.h>
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
