@@ -78,8 +78,10 @@ TYPED_TEST(Named, ProcessesExcludeEachOtherAndLoseNoUpdate) {
     TypeParam object(wide(this->unique).c_str());
     EXPECT_EQ((Codes{object.init(true), object.enter()}), Codes(2, PERR_OK));
     std::vector<ChildRun> partners;
+    partners.reserve(3);
     for (int i = 0; i < 3; ++i)
-        partners.push_back(ChildRun({"raise", TypeParam::KIND, this->unique, file, "300"}));
+        partners.emplace_back(
+            std::vector<std::string>{"raise", TypeParam::KIND, this->unique, file, "300"});
     EXPECT_TRUE(eventually([&] { return scratch.read("number.open").size() == 3; }));
     usleep(50'000);
     EXPECT_EQ(scratch.read("number"), "0");  // held here
