@@ -1,0 +1,481 @@
+/// @file
+/// Processes of the system: `PProcess` starts a program, waits for it and ends it, and asks for the
+/// facts of any process by its id.
+#ifndef PORTINGLAYER_PROCESSES_H
+#define PORTINGLAYER_PROCESSES_H
+
+#include <vector>
+
+#include <portinglayer/counters.h>
+#include <portinglayer/export.h>
+#include <portinglayer/result_codes.h>
+#include <portinglayer/strings.h>
+#include <portinglayer/threads.h>
+
+/// One program to be run, and the child process that runs it; also, as static operations on a
+/// process id, the facts of every process of the machine.
+///
+/// An object is idle while its process id is 0 and started once `start()` has forked. It stays
+/// started after its child has ended, until `kill()`, `startProcAsDifferentUser()`, another
+/// `start()` or the destructor clears the id. It owns its texts; it never owns the child, which
+/// outlives it. Objects cannot be copied and take no locks: one object belongs to one thread at a
+/// time. The static operations share nothing and may run on any thread.
+///
+/// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, both
+/// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first collect
+/// the exit status of *every* ended child of the calling process (those of its process group), also
+/// of children that other code started. Whoever needs an exit code calls `waitExitCode` before
+/// anything of that list runs on any thread: a thread of its own that waits for the child is the
+/// safe way.
+/// The other queries do not reap: `getCmdLine`, `getWorkingDir`, `getPriority`, `getEnvironment`,
+/// `getMemoryUsage`, `getParentPID`, `getUserName` and the measurements of load.
+///
+/// **Process ids 0 and 4294967295.** The system reads 0 as "every process of the caller's group" and
+/// 4294967295 (-1) as "every process that the caller may signal", the caller and its session
+/// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand an
+/// id to the system as it comes; `killTree(0)` also ends all children of process 1. The instance
+/// `kill()` never signals either, because no process runs under these ids. Ids that a query gives are
+/// never one of them; the id of an object whose `fork` failed is 4294967295, so take ids from `getPID`.
+///
+/// **Text.** Text from the system is converted under the locale of the process. Where an operation
+/// gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero characters
+/// fill the rest behind the terminator, so measure such text with `wcslen`.
+class PORTINGLAYER_EXPORT PProcess {
+public:
+    /// @name Describing a program
+    /// @{
+
+    /// Describes a program that inherits folder and environment of the calling process.
+    ///
+    /// Nothing is started. When memory runs out while a text or the environment is copied, the object
+    /// keeps no executable, so that `start()` gives PERR_NOT_FOUND instead of running half of what was
+    /// asked for. Nothing is thrown.
+    /// @param executable  path, or bare name that is looked up along PATH; stored without white space
+    ///                    at both ends and with every backslash turned into a slash
+    /// @param arguments   all arguments, separated by single spaces, see `start()`; stored without
+    ///                    white space at both ends
+    PProcess(PLiteral const& executable, PLiteral const& arguments);
+
+    /// As above, with a folder.
+    ///
+    /// @param workingDir  folder in which the child runs, empty for the caller's; stored like
+    ///                    `executable`
+    PProcess(PLiteral const& executable, PLiteral const& arguments, PLiteral const& workingDir);
+
+    /// As above, with an environment instead of a folder.
+    ///
+    /// @param environment  entries NAME=VALUE, copied; the child keeps what it inherits, and these add
+    ///                     to it or override it
+    PProcess(PLiteral const& executable, PLiteral const& arguments,
+             std::vector<PString> const& environment);
+
+    /// As above, with a folder and an environment.
+    PProcess(PLiteral const& executable, PLiteral const& arguments, PLiteral const& workingDir,
+             std::vector<PString> const& environment);
+
+    /// Forgets the child as `clearProcessInfo` does.
+    ///
+    /// Children: a child that still runs goes on running; one that has ended is reaped.
+    virtual ~PProcess();
+
+    PProcess(PProcess const&) = delete;
+    PProcess& operator=(PProcess const&) = delete;
+
+    /// @}
+    /// @name Starting
+    /// @{
+
+    /// Starts the described program as a child of the calling process.
+    ///
+    /// The child inherits the open descriptors that are not marked close-on-exec and the standard
+    /// streams. It changes to the folder, sets the environment entries in their order (an entry
+    /// without `=` is skipped, the value begins behind the first `=`), then runs the program.
+    /// The arguments are split at every single space; quotes mean nothing.
+    /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a". Write
+    ///          one space between arguments.
+    /// @warning PERR_OK does not say that the program runs. A failed fork gives PERR_OK as well and
+    ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use no
+    ///          waiting operation of such an object, as these would take any child of the caller. A
+    ///          program that could not be run ends its child with an exit code that `waitExitCode`
+    ///          gives: the system's error number (2 for a missing program, 14 for a name that the
+    ///          locale cannot express), or 139 for a folder that could not be entered.
+    /// @warning The child converts text and allocates before it becomes the program. When other
+    ///          threads of the caller may hold a lock at the time of the fork, that of the allocator
+    ///          included where it does not guard itself against forks, the child can block forever.
+    /// @warning A child that cannot become the program leaves with `exit`, which runs the exit
+    ///          handlers of the caller and flushes its streams once more: flush before.
+    /// @return PERR_OK               in the parent: the child was forked, or the fork failed (above)
+    /// @return PERR_PROCESS_RUNNING  the child of this object still runs; nothing changed
+    /// @return PERR_NOT_FOUND        there is no executable; the process id is 0
+    /// @return PERR_NO_MEMORY        returned *in the child* when its arguments could not be
+    ///                               allocated: the child goes on in the caller's code, so leave it
+    ///                               with `_exit` on this code
+    ///
+    /// Children: reaps every ended child of the caller first, then starts one.
+    int start();
+
+    /// Starts a program without keeping an object; otherwise as the instance form.
+    ///
+    /// @param[out] pid  process id of the child; written only on success
+    /// @return PERR_OK          the child runs
+    /// @return PERR_NOT_FOUND   `executable` is empty, or memory ran out for the description
+    /// @return PERR_NO_MEMORY   no object could be allocated; also returned in the child, see above
+    /// @return PERR_NO_PROCESS  the child could not be forked or has ended already
+    /// @warning A program that ends at once gives PERR_NO_PROCESS although it ran, and its exit code
+    ///          is lost: keep a `PProcess` object where the exit code matters.
+    ///
+    /// Children: starts one; reaps every ended child of the caller.
+    static int start(PLiteral const& executable, PLiteral const& arguments,
+                     PLiteral const& workingDir, std::vector<PString> const& environment,
+                     unsigned int& pid);
+    /// As above, in the caller's folder.
+    static int start(PLiteral const& executable, PLiteral const& arguments,
+                     std::vector<PString> const& environment, unsigned int& pid);
+    /// As above, with the caller's environment.
+    static int start(PLiteral const& executable, PLiteral const& arguments,
+                     PLiteral const& workingDir, unsigned int& pid);
+    /// As above, in the caller's folder and with its environment.
+    static int start(PLiteral const& executable, PLiteral const& arguments, unsigned int& pid);
+
+    /// Would start the program as another user; not supported. Both texts are ignored.
+    ///
+    /// @return PERR_PROCESS_RUNNING  the child of this object still runs; nothing changed
+    /// @return PERR_NOT_SUPPORTED    always otherwise; the process id is 0
+    ///
+    /// Children: reaps every ended child of the caller.
+    int startProcAsDifferentUser(PString user, PString password);
+
+    /// Sets the process id to 0 without a look at the child.
+    ///
+    /// @return PERR_OK  always
+    int initProcessInfo();
+
+    /// Sets the process id to 0 and reaps the child if it has ended. Never waits, never signals.
+    ///
+    /// @return PERR_OK  always
+    int clearProcessInfo();
+
+    /// @}
+    /// @name Waiting
+    /// @{
+
+    /// Tells whether a process runs. A process that has ended but was not yet collected by its
+    /// parent (a zombie) does not run.
+    ///
+    /// @param[out] running  always written; false for process id 0
+    /// @return PERR_OK  always
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int isRunning(unsigned int processId, bool& running);
+    /// As above, for the child of this object; false when there is none.
+    int isRunning(bool& running) const;
+
+    /// Gets the process id of the child of this object.
+    ///
+    /// @param[out] processId  written only on success
+    /// @return PERR_OK
+    /// @return PERR_NO_PROCESS  no child was started, or it has ended
+    ///
+    /// Children: reaps every ended child of the caller.
+    int getPID(unsigned int& processId) const;
+
+    /// Waits until the child of this object ends, and gets how it ended.
+    ///
+    /// The process id stays as it is, so a second call gives PERR_NO_PROCESS.
+    /// @param[out] exitCode  0 to 255 as the child gave it, or minus the number of the signal that
+    ///                       ended it (-9 after SIGKILL); -1 on failure
+    /// @return PERR_OK
+    /// @return PERR_NO_PROCESS  no child was started, or its exit code was taken already, here or by an
+    ///                          operation that reaps
+    /// @return PERR_STOPPED     a traced child has stopped rather than ended
+    /// @return PERR_SYSTEM      the system refused to wait, or a signal interrupted the wait
+    ///
+    /// Blocks: until the child ends. Children: reaps this one.
+    int waitExitCode(int& exitCode);
+
+    /// Waits until a process ends, for about a time.
+    ///
+    /// It looks at the process between sleeps of a tenth of the time, a second at least. A wait below
+    /// 1000 milliseconds does not sleep at all.
+    /// @param timeoutMs  milliseconds
+    /// @return true if the process still runs, false if it has ended
+    ///
+    /// Blocks: up to `timeoutMs`. Children: reaps every ended child of the caller.
+    static bool waitFinish(unsigned int processId, unsigned int timeoutMs);
+    /// As above, for the child of this object; false when there is none.
+    ///
+    /// @warning It takes the exit code of the child, so `waitExitCode` gives PERR_NO_PROCESS
+    ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on a
+    ///          thread and wait for that thread's answer on a `PConditionalVar`.
+    bool waitFinish(unsigned int timeoutMs);
+
+    /// @}
+    /// @name Ending
+    /// @{
+
+    /// Sends a signal to a process, then sleeps a second and reaps the process if it is a child that
+    /// has ended.
+    ///
+    /// @warning Process id 0 signals the caller's whole process group, 4294967295 every process that
+    ///          the caller may signal: check ids that come from elsewhere.
+    /// @return PERR_OK
+    /// @return PERR_KILL  there is no such process, no permission or no such signal; returned at once
+    ///
+    /// Blocks: one second on success. Children: reaps this one.
+    static int killSignal(unsigned int processId, int signal);
+
+    /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of 0
+    /// and 4294967295.
+    static int kill(unsigned int processId);
+
+    /// Ends the child of this object with SIGKILL if it runs, and forgets it in every case.
+    ///
+    /// Only a running child is signalled, so nothing is for an object that never started or whose
+    /// fork failed: process ids 0 and 4294967295 are never signalled here.
+    /// @return PERR_OK    also when no child ran; the process id is 0
+    /// @return PERR_KILL  the system refused the signal; the process id is 0 all the same
+    ///
+    /// Blocks: one second when it signalled. Children: reaps every ended child of the caller.
+    int kill();
+
+    /// Ends a process and all its descendants, parents before their children.
+    ///
+    /// Each gets SIGTERM, up to two seconds to end, and then SIGKILL. The tree is read once at the
+    /// start: processes that are started later are not found.
+    /// @warning Process id 0 signals the caller's group and ends all children of process 1,
+    ///          4294967295 signals every process that the caller may signal. Never pass an unchecked
+    ///          id.
+    /// @return PERR_OK
+    /// @return PERR_KILL       a signal could not be sent, such as to a process that ended in between;
+    ///                         every process of the tree was tried
+    /// @return PERR_NO_MEMORY  the tree could not be listed; no process was signalled
+    ///
+    /// Blocks: one to four seconds for each process. Children: reaps every ended child of the caller.
+    static int killTree(unsigned int processId);
+
+    /// @}
+    /// @name Facts of a process
+    /// The forms without a process id ask for the child of this object.
+    /// @{
+
+    /// Gets the name of a process as the system knows it, cut by the system to 15 bytes.
+    ///
+    /// @param[out] name  cleared first; `len()` counts characters
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the name
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int getName(unsigned int processId, PString& name);
+    /// As above.
+    /// @return PERR_NO_PROCESS  no child was started; `name` is left alone
+    int getName(PString& name) const;
+
+    /// Gets the path of the program that a process runs, at most 512 bytes of it, without white space
+    /// at both ends and with backslashes turned into slashes.
+    ///
+    /// @param[out] path  left alone on failure, but empty on PERR_NO_MEMORY
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, it has no program (a kernel thread, a zombie),
+    ///                         or the caller may not see it
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int getPath(unsigned int processId, PString& path);
+    /// As above; where the system does not tell, gives the executable that this object describes.
+    /// @return PERR_OK
+    /// @return PERR_NO_PROCESS  no child was started; `path` is left alone
+    int getPath(PString& path) const;
+
+    /// Gets the arguments of a process, the program first, in one text separated by single spaces.
+    ///
+    /// An argument that holds a space stands in double quotes; a quote inside is not escaped. An
+    /// argument that the locale cannot convert joins as an empty one.
+    /// @warning The command line is read in pieces of 255 bytes. Behind the first one arguments are
+    ///          cut in the wrong place or joined empty: trust only what lies within the first 255
+    ///          bytes.
+    /// @param[out] commandLine  cleared once the process is found; empty for a kernel thread
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
+    /// @return PERR_NO_MEMORY  memory ran out; `commandLine` holds what was joined so far
+    static int getCmdLine(unsigned int processId, PString& commandLine);
+    /// As above; where the system does not tell, gives the arguments that this object describes.
+    /// @return PERR_OK
+    /// @return PERR_NO_PROCESS  no child was started; `commandLine` is left alone
+    int getCmdLine(PString& commandLine) const;
+
+    /// Gets the current folder of a process, at most 512 bytes of it, without white space at both ends
+    /// and with backslashes turned into slashes.
+    ///
+    /// @param[out] dir  left alone on failure, but empty on PERR_NO_MEMORY
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its folder
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
+    static int getWorkingDir(unsigned int processId, PString& dir);
+    /// As above.
+    /// @return PERR_NO_PROCESS  no child was started; `dir` is left alone
+    int getWorkingDir(PString& dir) const;
+
+    /// Gets the nice value of a process, -20 (favoured) to 19. Process id 0 is the caller.
+    ///
+    /// @param[out] value  written only on success
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process
+    static int getPriority(unsigned int processId, int& value);
+    /// As above.
+    /// @return PERR_NO_PROCESS  no child was started; `value` is left alone
+    int getPriority(int& value) const;
+
+    /// Gets the environment with which a process was started, as entries NAME=VALUE.
+    ///
+    /// Later changes that the process made to its own environment do not show. Bytes behind the last
+    /// terminator are dropped, and so are bytes that the locale cannot convert. `len()` of an entry
+    /// counts characters.
+    /// @warning The environment is read in blocks of 128 bytes. A multibyte character that lies across
+    ///          two blocks is dropped.
+    /// @param[out] environment  cleared first
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its environment
+    /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
+    static int getEnvironment(unsigned int processId, std::vector<PString>& environment);
+    /// As above.
+    /// @return PERR_NO_PROCESS  no child was started; `entries` is left alone
+    int getEnvironment(std::vector<PString>& entries) const;
+
+    /// Gets the memory of a process that is resident now, in bytes.
+    ///
+    /// @param[out] bytes  a multiple of 1024; written only on success
+    /// @return PERR_OK
+    /// @return PERR_NO_PROCESS  there is no such process
+    /// @return PERR_NOT_FOUND   the process has no memory of its own (a kernel thread, a zombie)
+    static int getMemoryUsage(unsigned int processId, unsigned long long& bytes);
+    /// As above; `bytes` is 0 on failure.
+    int getMemoryUsage(unsigned long long& bytes) const;
+
+    /// Gets the process id of the parent of a process.
+    ///
+    /// @param[out] parentId  0 on failure, and for a process whose parent cannot be seen
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
+    static int getParentPID(unsigned int processId, unsigned int& parentId);
+
+    /// Gets the name of the user whom a process belongs to.
+    ///
+    /// @warning On Linux the answer is "root" for every process whose name does not hold "uid". Do not
+    ///          decide on rights by it.
+    /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the same)
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
+    /// @return PERR_NO_MEMORY  memory ran out
+    static int getUserName(unsigned int const& processId, PString& name);
+
+    /// Gets the memory of the machine that is free or used only for buffers and cached files, in bytes.
+    ///
+    /// @param[out] bytes  0 on failure; what the system does not report counts as 0
+    /// @return PERR_OK
+    /// @return PERR_IO  the system's report cannot be opened
+    static int getFreeMemory(unsigned long long& bytes);
+
+    /// Gets the process id of the caller.
+    static unsigned int getCurrentPID();
+
+    /// Gets the environment with which the caller was started, see `getEnvironment`: what `setenv`
+    /// changed since does not show.
+    static int getCurrentEnvironment(std::vector<PString>& environment);
+
+    /// @}
+    /// @name Load
+    /// Whole numbers of percent, cut, measured between two samples with a pause.
+    /// @{
+
+    /// Measures the load of the whole machine over one second.
+    ///
+    /// @param[out] percent  0 on failure
+    /// @return PERR_OK
+    /// @return PERR_IO  the system's counters cannot be opened
+    ///
+    /// Blocks: one second.
+    static int getCPUUsage(unsigned int& percent);
+
+    /// Measures the load of one process, as a share of all processors together: a process that keeps
+    /// one of four processors busy reads about 25.
+    ///
+    /// The pause is 400 milliseconds, or what the environment variable TALV_PROC_SAMPLE_TIME_MS said
+    /// (milliseconds, not 0) when it was read for the first time in this process.
+    /// @param[out] percent  0 on failure
+    /// @return PERR_OK
+    /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read, such
+    ///                           as for a process with a space in its name
+    /// @return PERR_NO_SUCH_FILE there is no such process
+    /// @return PERR_OPEN, PERR_READ, PERR_END_OF_FILE, PERR_SEEK, PERR_NO_MEMORY
+    ///                           passed on from reading the system's counters, PERR_READ for a process
+    ///                           that ended meanwhile
+    ///
+    /// Blocks: for the pause.
+    static int getCPUUsage(unsigned int processId, unsigned int& percent);
+
+    /// Measures the load of one processor over 400 milliseconds.
+    ///
+    /// @param cpu           number of the processor, from 0
+    /// @param[out] percent  written only on success
+    /// @return PERR_OK
+    /// @return PERR_OPEN    the system's counters cannot be opened
+    /// @return PERR_SYSTEM  there is no such processor, or its counters cannot be read
+    ///
+    /// Blocks: 400 milliseconds.
+    static int getSpecCPUUsage(unsigned int cpu, unsigned int& percent);
+
+    /// @}
+    /// @name Listing
+    /// In the order of the system, not sorted. Processes that end during a listing are left out.
+    /// @{
+
+    /// Lists the ids of all processes.
+    ///
+    /// @param[out] pids  emptied first
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  the system's list cannot be opened
+    /// @return PERR_NO_MEMORY  memory ran out; what was listed so far stays
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int listPIDs(std::vector<unsigned int>& pids);
+
+    /// Lists the direct children of a process. Process id 0 stands for process 1.
+    ///
+    /// @param[out] children  emptied first
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  the process has no child, or the system's list cannot be opened
+    /// @return PERR_NO_MEMORY  memory ran out; what was listed so far stays
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int getChildPID(unsigned int processId, std::vector<unsigned int>& children);
+
+    /// Finds processes by the name of their program, whole and without regard to case.
+    ///
+    /// Folders in front of the name are ignored. The system cuts names to 15 bytes: for a given text of
+    /// 15 characters or more, folders counted, a process with a name of 15 characters is compared by
+    /// the last part of the path it was started with.
+    /// @param[out] pids        emptied first
+    /// @param[out] parentPids  emptied first; the parent of each process in `pids`, in the same place
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  no process has this name, or the system's list cannot be opened
+    /// @return PERR_NO_MEMORY  memory ran out; what was found so far stays
+    ///
+    /// Children: reaps every ended child of the caller.
+    static int find(PString const& name, std::vector<unsigned int>& pids,
+                    std::vector<unsigned int>& parentPids);
+
+    /// @}
+
+private:
+    PString executable;                ///< trimmed, with slashes
+    PString arguments;                 ///< trimmed
+    std::vector<PString> environment;  ///< entries NAME=VALUE
+    PString workingDir;                ///< trimmed, with slashes; empty: the caller's
+    PThread thread;                    ///< unused; holds its place in the layout
+    unsigned int pid;                  ///< of the child; 0: none
+};
+
+extern template class PORTINGLAYER_EXPORT PPtr<PProcess>;
+
+#endif
