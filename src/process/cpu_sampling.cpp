@@ -117,8 +117,8 @@ int _sampleProcessor(std::FILE* stream, char const* key, ProcessorTimes& times) 
 
     char const* const numbers = std::strchr(found, ' ');
     if (numbers == nullptr) return PERR_SYSTEM;
-    int const count = std::sscanf(numbers, "%d %d %d %d", &times.user, &times.nice, &times.system,
-                                  &times.idle);
+    int const count =
+        std::sscanf(numbers, "%d %d %d %d", &times.user, &times.nice, &times.system, &times.idle);
     return count == 4 ? PERR_OK : PERR_SYSTEM;
 }
 
@@ -258,7 +258,8 @@ int PProcess::getSpecCPUUsage(unsigned int cpu, unsigned int& percent) {
     if (std::snprintf(key, sizeof key, "cpu%u", cpu) < 0) return PERR_SYSTEM;
     ProcStream const stream = _openProcStream(COUNTERS);
     if (stream == nullptr) return PERR_OPEN;
-    (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0);  // a second sample must not find the first
+    (void)std::setvbuf(stream.get(), nullptr, _IONBF,
+                       0);  // a second sample must not find the first
 
     ProcessorTimes before = {};
     int result = _sampleProcessor(stream.get(), key, before);

@@ -133,9 +133,8 @@ int _find(WantedProgram const& wanted, std::vector<unsigned int>& pids,
     while (char const* const entry = entries.next()) {
         ProcessStatus status;
         if (!_readStatus(entry, status) || !wanted.matches(entry, status.name)) continue;
-        parentPids.reserve(parentPids.size() + 1);  // so that both grow or none does
-        pids.push_back(status.pid);
         parentPids.push_back(status.parent);
+        pids.push_back(status.pid);
     }
     return pids.empty() ? PERR_NOT_FOUND : PERR_OK;
 }
@@ -206,5 +205,6 @@ int PProcess::find(PString const& name, std::vector<unsigned int>& pids,
     WantedProgram const wanted(name);
     return wanted.isWhole() ? _find(wanted, pids, parentPids) : PERR_NO_MEMORY;
 } catch (std::bad_alloc const&) {
+    parentPids.resize(pids.size());  // the last match may have found memory for its parent only
     return PERR_NO_MEMORY;
 }

@@ -54,8 +54,10 @@ private:
         wchar_t argument[COMMAND_CHUNK_BYTES + 1];
         std::size_t const characters = _widen(argument, text, bytes);
         // One character a byte: zeros fill up behind multibyte text. Without a conversion, none.
-        if (characters == 0 || characters == MULTIBYTE_FAILED) bytes = 0;
-        else std::fill(argument + characters, argument + bytes, L'\0');
+        if (characters == 0 || characters == MULTIBYTE_FAILED)
+            bytes = 0;
+        else
+            std::fill(argument + characters, argument + bytes, L'\0');
 
         bool const quoted = std::wmemchr(argument, L' ', bytes) != nullptr;
         if (whole.len() + length > 0) joined[length++] = L' ';
@@ -205,8 +207,7 @@ int PProcess::getEnvironment(unsigned int processId, std::vector<PString>& envir
 
     PString current;
     char block[ENVIRONMENT_BLOCK_BYTES + 1];
-    while (std::size_t const got =
-               std::fread(block, 1, ENVIRONMENT_BLOCK_BYTES, stream.get())) {
+    while (std::size_t const got = std::fread(block, 1, ENVIRONMENT_BLOCK_BYTES, stream.get())) {
         block[got] = '\0';
         int const result = _addBlock(block, got, current, environment);
         if (result != PERR_OK) return result;

@@ -47,6 +47,5 @@ int _readName(char const* line, PString& name) {
 }
 
 void _reapEndedChildren() {
-    while (waitpid(0, nullptr, WNOHANG) > 0) {
-    }
+    while (waitpid(0, nullptr, WNOHANG) > 0) {}
 }

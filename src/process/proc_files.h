@@ -51,8 +51,9 @@ private:
     static constexpr std::size_t BUFFER_BYTES = 4096;
 
     char line[LINE_BYTES];
-    char buffer[BUFFER_BYTES];  ///< of the stream: spares it an allocation and the call for its size
-    ProcStream stream;          ///< closed before its buffer goes
+    char
+        buffer[BUFFER_BYTES];  ///< of the stream: spares it an allocation and the call for its size
+    ProcStream stream;         ///< closed before its buffer goes
 };
 
 /// Whether a line begins with a key.

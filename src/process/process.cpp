@@ -97,23 +97,24 @@ int _startKept(PProcess* process, unsigned int& pid) {
 
 }  // namespace
 
-PProcess::PProcess(PLiteral const& executable, PLiteral const& arguments)
-    : PProcess(executable, arguments, PLiteral(), std::vector<PString>()) {}
+PProcess::PProcess(PLiteral const& program, PLiteral const& allArguments)
+    : PProcess(program, allArguments, PLiteral(), std::vector<PString>()) {
+}
 
-PProcess::PProcess(PLiteral const& executable, PLiteral const& arguments,
-                   PLiteral const& workingDir)
-    : PProcess(executable, arguments, workingDir, std::vector<PString>()) {}
+PProcess::PProcess(PLiteral const& program, PLiteral const& allArguments, PLiteral const& folder)
+    : PProcess(program, allArguments, folder, std::vector<PString>()) {
+}
 
-PProcess::PProcess(PLiteral const& executable, PLiteral const& arguments,
-                   std::vector<PString> const& environment)
-    : PProcess(executable, arguments, PLiteral(), environment) {}
+PProcess::PProcess(PLiteral const& program, PLiteral const& allArguments,
+                   std::vector<PString> const& entries)
+    : PProcess(program, allArguments, PLiteral(), entries) {
+}
 
-PProcess::PProcess(PLiteral const& program, PLiteral const& programArguments,
-                   PLiteral const& folder, std::vector<PString> const& entries) {
+PProcess::PProcess(PLiteral const& program, PLiteral const& allArguments, PLiteral const& folder,
+                   std::vector<PString> const& entries) {
     (void)initProcessInfo();
-    bool const whole =
-        _copyTrimmed(executable, program) && _copyTrimmed(arguments, programArguments) &&
-        _copyTrimmed(workingDir, folder) && _copyEntries(environment, entries);
+    bool const whole = _copyTrimmed(executable, program) && _copyTrimmed(arguments, allArguments) &&
+                       _copyTrimmed(workingDir, folder) && _copyEntries(environment, entries);
     (void)PUtils::fixFileSeparator(executable);
     (void)PUtils::fixFileSeparator(workingDir);
 
