@@ -90,6 +90,7 @@ int _addBlock(char const* block, std::size_t bytes, PString& current,
             (void)current.cat(at, 1);
         } else {
             entries.push_back(std::move(current));
+            current.clear();
         }
         at += std::max<std::size_t>(run, 1);
     }

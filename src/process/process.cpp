@@ -163,6 +163,8 @@ int PProcess::start(PLiteral const& executable, PLiteral const& arguments, unsig
     return _startKept(new (std::nothrow) PProcess(executable, arguments), pid);
 }
 
+// By value, as the interface has it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 int PProcess::startProcAsDifferentUser(PString /*user*/, PString /*password*/) {
     bool running = false;
     (void)isRunning(running);

@@ -8,10 +8,12 @@
 ///   replace FILE STAGE READY
 ///                       writes "new" safely to FILE as far as STAGE (open, written, flushed,
 ///                       closed), creates READY when it got there, sleeps
-///   tree DEPTH FILE     starts `tree DEPTH-1 FILE`, appends its id to FILE, sleeps
+///   tree DEPTH FILE     starts `tree DEPTH-1 FILE`, appends its id to FILE, sleeps, and appends
+///                       its id and "ended" on SIGTERM
 ///   raise KIND NAME FILE TURNS
 ///                       opens NAME as a lock or semaphore, appends a byte to FILE.open, then adds
 ///                       1 to the number in FILE so many times, alone, and sleeps
+///   sample MILLISECONDS ends with 0 if this is the pause between two samples of a process
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -19,10 +21,13 @@
 #include <fstream>
 #include <string>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <portinglayer/files.h>
 #include <portinglayer/synchronisation.h>
+
+#include "process/cpu_sampling.h"
 
 namespace {
 
@@ -50,6 +55,14 @@ int _replace(char** argv) {
     return static_cast<int>(sleep(60));
 }
 
+int endings = -1;
+std::string ending;
+
+void _reportEnding(int) {
+    (void)!write(endings, ending.data(), ending.size());
+    _exit(0);
+}
+
 int _spin(int seconds) {
     std::time_t const end = std::time(nullptr) + seconds;
     for (unsigned long volatile turns = 0; std::time(nullptr) < end;) turns = turns + 1;
@@ -75,6 +88,9 @@ int _ignore(char const* file) {
 }
 
 int _tree(int depth, char** argv) {
+    ending = std::to_string(getpid()) + " ended\n";
+    endings = open(argv[3], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+    (void)std::signal(SIGTERM, _reportEnding);
     std::ofstream(argv[3], std::ios::app) << getpid() << '\n';
     if (depth > 1 && fork() == 0) {
         std::string const next = std::to_string(depth - 1);
@@ -113,6 +129,7 @@ int main(int argc, char** argv) {
     if (mode == "ignore") return _ignore(argv[2]);
     if (mode == "hold" && argc > 4) return _hold(argv);
     if (mode == "replace" && argc > 4) return _replace(argv);
+    if (mode == "sample") return static_cast<int>(_getSampleTime()) == number ? 0 : 1;
     if (mode == "tree" && argc > 3) return _tree(number, argv);
     if (mode == "raise" && argc > 5)
         return _raise(std::strcmp(argv[2], "lock") == 0, argv[3], argv[4], std::atoi(argv[5]));
