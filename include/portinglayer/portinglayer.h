@@ -7,6 +7,7 @@
 #include <portinglayer/data_streams.h>
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
+#include <portinglayer/processes.h>
 #include <portinglayer/result_codes.h>
 #include <portinglayer/strings.h>
 #include <portinglayer/synchronisation.h>

@@ -476,6 +476,6 @@ private:
     unsigned int pid;                  ///< of the child; 0: none
 };
 
-extern template class PORTINGLAYER_EXPORT PPtr<PProcess>;
+extern template class PPtr<PProcess>;
 
 #endif

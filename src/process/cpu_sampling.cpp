@@ -58,11 +58,10 @@ unsigned long long _sum(cpu_stat const& d) {
 /// Line and numbers that are missing leave zeros.
 cpu_stat _sampleMachine(std::FILE* stream) {
     cpu_stat sample = {};
-    char line[MACHINE_LINE_BYTES + 1] = "";
+    char line[MACHINE_LINE_BYTES + 1];
     std::rewind(stream);
     (void)std::fflush(stream);  // drops what was read before, so that the system is asked again
-    (void)std::fgets(line, sizeof line, stream);
-    (void)_scanCounters(line, sample);
+    if (std::fgets(line, sizeof line, stream) != nullptr) (void)_scanCounters(line, sample);
     return sample;
 }
 

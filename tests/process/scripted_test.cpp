@@ -1,10 +1,13 @@
 #include <clocale>
 #include <cstring>
+#include <random>
 
 #include <faults/process_script.h>
 #include <gtest/gtest.h>
+#include <support/scratch.h>
 
 #include "process/children.h"
+#include "process/cpu_sampling.h"
 
 namespace {
 
@@ -71,7 +74,7 @@ TEST(Load, OfAProcessIsItsShareOfAllProcessors) {
         unsigned int percent = 7;
         EXPECT_EQ(row.result, PProcess::getCPUUsage(SCRIPTED_PID, percent)) << row.what;
         EXPECT_EQ(row.percent, percent) << row.what;
-        if (row.result == PERR_OK) EXPECT_EQ(Calls{"usleep 400000"}, script.calls);
+        EXPECT_TRUE(row.result != PERR_OK || script.calls == Calls{"usleep 400000"}) << row.what;
     }
 }
 
@@ -99,7 +102,7 @@ TEST(Load, OfAProcessorIsSearchedInBlocks) {
         unsigned int percent = 7;
         EXPECT_EQ(row.result, PProcess::getSpecCPUUsage(1, percent)) << row.what;
         EXPECT_EQ(row.percent, percent) << row.what;
-        if (row.result == PERR_OK) EXPECT_EQ(Calls{"usleep 400000"}, script.calls);
+        EXPECT_TRUE(row.result != PERR_OK || script.calls == Calls{"usleep 400000"}) << row.what;
     }
 }
 
@@ -148,21 +151,127 @@ TEST(StatusLines, AreReadInPiecesOf255BytesAndMatchAtTheirStart) {
     EXPECT_EQ(7U << 10, bytes);
 }
 
-TEST(Environment, LosesWhatHasNoTerminatorAndCharactersAcrossBlocks) {
+TEST(CommandLine, IsCutInChunksOf255Bytes) {
+    unsigned int const seed = 4711;
+    std::mt19937 random(seed);
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes, expected;
+        for (std::size_t i = random() % 600; i > 0; --i) bytes += "xxxxxx \0"[random() % 8];
+        std::size_t start = 0;
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            if (bytes[i] != '\0') continue;
+            std::size_t const chunk = i / 255 * 255;  // the start runs on from chunk to chunk
+            std::string const one =
+                start < i - chunk ? bytes.substr(chunk + start, i - chunk - start) : "";
+            char const* const quote = one.find(' ') == std::string::npos ? "" : "\"";
+            expected += (expected.empty() ? "" : " ") + (quote + one) + quote;
+            start = i - chunk + 1;
+        }
+        ProcessScript script;
+        script.file(FILES + "cmdline", {bytes});
+        PString text;
+        EXPECT_EQ(PERR_OK, PProcess::getCmdLine(SCRIPTED_PID, text));
+        EXPECT_EQ(wide(expected), shown(text)) << "seed " << seed << " round " << round;
+    }
+}
+
+TEST(ProcessText, IsConvertedUnderTheLocale) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     ProcessScript script;
-    script.file(FILES + "environ", {std::string(127, 'a') + "\xC3\xA9" + '\0' + "LAST=1"});
+    std::string const acute = "\xC3\xA9";
+    script.file(FILES + "environ",
+                {"A=" + acute + "z" + '\0' + std::string(121, 'a') + acute + '\0' + "LAST=1"});
+    script.file(FILES + "cmdline", {acute + '\0' + "b" + '\0'});
+    script.file(FILES + "status", {"Name:\t" + acute + "\n"});
     std::vector<PString> environment;
+    PString text;
     EXPECT_EQ(PERR_OK, PProcess::getEnvironment(SCRIPTED_PID, environment));
-    ASSERT_EQ(1U, environment.size());
-    EXPECT_EQ(std::wstring(127, L'a'), environment[0].ptr());
+    ASSERT_EQ(2U, environment.size());  // without what has no terminator
+    EXPECT_EQ(L"A=\xE9z", shown(environment[0]));
+    EXPECT_EQ(std::wstring(121, L'a'), shown(environment[1]));  // across two blocks
+    EXPECT_EQ(PERR_OK, PProcess::getCmdLine(SCRIPTED_PID, text));
+    EXPECT_EQ((std::wstring{L'\xE9', L'\0', L' ', L'b'}), shown(text));  // one character a byte
+    EXPECT_EQ(PERR_OK, PProcess::getName(SCRIPTED_PID, text));
+    EXPECT_EQ(L"\xE9", shown(text));
     (void)setlocale(LC_CTYPE, "C");
+}
+
+TEST(UserName, IsLookedUpOnlyForAProcessThatBearsTheKeyInItsName) {
+    struct {
+        char const *status, *accounts;
+        wchar_t const* name;
+    } const rows[] = {{"Name:\tx\nUid:\t7\t7\n", "a:x:7:7:\n", L"root"},
+                      {"Name:\tuid\n", "a:x:7:7:\n", L"root"},
+                      {"Name:\t7uid\n", "a:x:17:71:\nb:x:5:7:\nc:x:7:7:\n", L"b"},
+                      {"Name:\t7uid\n", "a:x:1:1:\n", L"kept"}};
+    for (auto const& row : rows) {
+        ProcessScript script;
+        script.file(FILES + "status", {row.status});
+        script.file("/etc/passwd", {row.accounts});
+        PString name = owned("kept");
+        EXPECT_EQ(PERR_OK, PProcess::getUserName(SCRIPTED_PID, name));
+        EXPECT_EQ(row.name, shown(name)) << row.status;
+    }
+}
+
+TEST(Counters, AProcessPriorityHoldsTheRealTimePriority) {
+    std::string line = "1 (name) S";
+    for (int field = 4; field <= 41; ++field) line += " " + std::to_string(field);
+    for (bool const whole : {true, false}) {
+        ProcessScript script;
+        script.file("/proc/stat", {whole ? line : line.substr(0, line.rfind(' '))});
+        PFile file;
+        proc_stat record;
+        ASSERT_EQ(PERR_OK, file.popen(L"/proc/stat", PFile::OPEN_READ, 1));
+        EXPECT_EQ(whole ? PERR_OK : PERR_SYSTEM, _readProcStat(file, 0, &record));
+        EXPECT_STREQ("(name)", record.comm);
+        EXPECT_EQ(14 + 15 + 22 + 35U,
+                  record.utime + record.stime + record.starttime + record.wchan);
+        EXPECT_EQ(40, record.priority);
+        EXPECT_EQ(0U, record.rt_priority);
+        EXPECT_EQ(whole ? 41U : 0U, record.policy);
+    }
+}
+
+TEST(Counters, OfTheMachineAreSearchedInBlocksThatLoseTheirLastByte) {
+    struct {
+        std::string content;
+        int result;
+        unsigned long long steal;
+    } const rows[] = {{"cpu 1 2 3 4 5 6 7 89", PERR_OK, 8},
+                      {std::string(1024, 'x') + "cpu 1 2 3 4 5 6 7 89\n", PERR_OK, 89},
+                      {"xcpu 1 2 3 4 5 6 7 8\n", PERR_END_OF_FILE, 0}};
+    for (auto const& row : rows) {
+        ProcessScript script;
+        script.file("/proc/stat", {row.content});
+        PFile file;
+        cpu_stat record;
+        ASSERT_EQ(PERR_OK, file.popen(L"/proc/stat", PFile::OPEN_READ, 1));
+        EXPECT_EQ(row.result, _readCpuStat(file, &record)) << row.content;
+        EXPECT_EQ(row.steal, record.steal) << row.content;
+    }
+}
+
+TEST(Load, PauseComesFromTheEnvironment) {
+    struct {
+        char const *setting, *milliseconds;
+    } const rows[] = {
+        {"x=", "400"}, {"=0", "400"}, {"=abc", "400"}, {"=1500", "1500"}, {"=4294967297", "1"}};
+    for (auto const& row : rows) {
+        std::string const entry = std::string("TALV_PROC_SAMPLE_TIME_MS") + row.setting;
+        PProcess process(owned(TEST_CHILD), owned(std::string("sample ") + row.milliseconds),
+                         std::vector<PString>{owned(entry)});
+        int exitCode = -1;
+        EXPECT_EQ(PERR_OK, process.start());
+        EXPECT_EQ(PERR_OK, process.waitExitCode(exitCode));
+        EXPECT_EQ(0, exitCode) << entry;
+    }
 }
 
 TEST(Waiting, IsDividedIntoStepsOfATenthButASecondAtLeast) {
     PProcess process(PString(TEST_CHILD, P_WHOLE_STRING), L"sleep 60");
     ASSERT_EQ(PERR_OK, process.start());
-    Child const child(startedId(process));
+    Child const child(process);
     struct {
         unsigned int timeout;
         std::size_t polls;
