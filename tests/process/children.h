@@ -11,7 +11,6 @@
 #include <vector>
 
 #include <portinglayer/processes.h>
-#include <spawn.h>
 #include <sys/wait.h>
 
 /// Waits until a condition holds, ten seconds at most.
@@ -43,25 +42,18 @@ inline std::wstring shown(PString const& text) {
     return text.ptr() == nullptr ? std::wstring() : std::wstring(text.ptr(), text.len());
 }
 
-class Child {
-public:
-    Child() = default;
-    Child(Child const&) = delete;
-    Child& operator=(Child const&) = delete;
+struct Child {
+    Child() : process(L"", L"") {}
 
-    /// The running child of a `PProcess`.
-    explicit Child(PProcess& process) {
-        (void)eventually([&] { return process.getPID(pid) == PERR_OK && becameProgram(); });
-    }
-
-    /// Runs the child program with exactly these arguments and this environment.
-    explicit Child(std::vector<std::string> arguments, std::vector<std::string> environment = {},
-                   std::string const& program = TEST_CHILD) {
-        pid_t id = 0;
-        (void)posix_spawn(&id, program.c_str(), nullptr, nullptr, pointers(arguments).data(),
-                          pointers(environment).data());
-        pid = static_cast<unsigned int>(id);
-        (void)eventually([&] { return becameProgram(); });
+    /// Runs until the program has begun; one that ends by itself is not waited for so.
+    explicit Child(std::string const& arguments, std::string const& program = TEST_CHILD,
+                   std::vector<PString> const& environment = {})
+        : process(owned(program), owned(arguments), environment) {
+        (void)process.start();
+        (void)eventually([&] {
+            return process.getPID(pid) == PERR_OK &&
+                   factOf(pid, "cmdline").find(program + '\0') == 0;
+        });
     }
 
     ~Child() {
@@ -71,20 +63,8 @@ public:
         (void)waitpid(id, nullptr, 0);
     }
 
+    PProcess process;
     unsigned int pid = 0;
-
-private:
-    bool becameProgram() const {
-        return factOf(pid, "cmdline") != factOf(PProcess::getCurrentPID(), "cmdline") &&
-               (stateOf(pid) == 'Z' || !factOf(pid, "cmdline").empty());
-    }
-
-    static std::vector<char*> pointers(std::vector<std::string>& texts) {
-        std::vector<char*> all;
-        for (std::string& text : texts) all.push_back(text.data());
-        all.push_back(nullptr);
-        return all;
-    }
 };
 
 #endif

@@ -13,8 +13,8 @@ TEST(ProcessListing, FindsProgramsByTheirWholeName) {
     std::string const longName = shortName + "-longer-than-15";
     std::vector<std::string> names{shortName, longName};
     for (auto const& name : names) ASSERT_EQ(0, symlink(TEST_CHILD, scratch.path(name).c_str()));
-    Child brief({scratch.path(shortName), "sleep", "60"}, {}, scratch.path(shortName));
-    Child lengthy({scratch.path(longName), "sleep", "60"}, {}, scratch.path(longName));
+    Child const brief("sleep 60", scratch.path(shortName));
+    Child const lengthy("sleep 60", scratch.path(longName));
 
     struct {
         std::string what, name;
@@ -50,7 +50,7 @@ TEST(ProcessListing, FindsProgramsByTheirWholeName) {
 
 TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
     Scratch scratch;
-    Child root({"tree", "tree", "3", scratch.path("ids")});
+    Child const root("tree 3 " + scratch.path("ids"));
     std::vector<std::string> lines;
     auto const readLines = [&](std::size_t count) {
         std::ifstream file(scratch.path("ids"));
@@ -71,7 +71,7 @@ TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
 
 TEST(ProcessEnding, KillTreeEndsWhatIgnoresTheRequest) {
     Scratch scratch;
-    Child child({"ignore", "ignore", scratch.path("ready")});
+    Child const child("ignore " + scratch.path("ready"));
     ASSERT_TRUE(eventually([&] { return !scratch.read("ready").empty(); }));
     EXPECT_EQ(PERR_OK, PProcess::killTree(child.pid));
     EXPECT_EQ('-', stateOf(child.pid));

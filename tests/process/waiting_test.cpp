@@ -64,15 +64,13 @@ TEST(ProcessWaiting, OnlyTheQueriesThatReapTakeAnExitCode) {
         {"getUserName", false, [] { (void)PProcess::getUserName(pid, text); }},
     };
     for (auto const& row : rows) {
-        PProcess process(owned(TEST_CHILD), L"sleep 60");
+        Child child("sleep 60");
         int exitCode = 0;
-        ASSERT_EQ(PERR_OK, process.start());
-        Child const child(process);
         pid = child.pid;
         (void)::kill(static_cast<pid_t>(pid), SIGTERM);
         ASSERT_TRUE(eventually([] { return stateOf(pid) == 'Z'; })) << row.what;
         row.query();
-        EXPECT_EQ(row.reaps ? PERR_NO_PROCESS : PERR_OK, process.waitExitCode(exitCode))
+        EXPECT_EQ(row.reaps ? PERR_NO_PROCESS : PERR_OK, child.process.waitExitCode(exitCode))
             << row.what;
         EXPECT_EQ(row.reaps ? -1 : -15, exitCode) << row.what;
     }
@@ -80,9 +78,8 @@ TEST(ProcessWaiting, OnlyTheQueriesThatReapTakeAnExitCode) {
 
 TEST(ProcessEnding, KillEndsTheChildAndForgetsIt) {
     Scratch scratch;
-    PProcess process(owned(TEST_CHILD), owned("ignore " + scratch.path("ready")));
-    ASSERT_EQ(PERR_OK, process.start());
-    Child const child(process);
+    Child child("ignore " + scratch.path("ready"));
+    PProcess& process = child.process;
     ASSERT_TRUE(eventually([&] { return !scratch.read("ready").empty(); }));
     EXPECT_GE(_millisecondsOf([&] { EXPECT_EQ(PERR_OK, PProcess::kill(child.pid)); }), 1000);
     EXPECT_TRUE(process.waitFinish(999));  // SIGTERM was ignored
