@@ -61,8 +61,8 @@ int PFile::popen(PLiteral const& newName, unsigned int newFlags, unsigned int sh
     if (newName.len() == 0) return PERR_INVALID_ARGUMENT;
     if (isOpen()) return PERR_ALREADY_OPEN;
 
-    PString path;
-    if (path.set(newName, P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
+    PString path(newName);
+    if (path.len() == 0) return PERR_NO_MEMORY;
     (void)PUtils::fixFileSeparator(path);  // cannot fail
 
     if ((newFlags & OPEN_SAFE_WRITE) != 0) {

@@ -4,7 +4,7 @@
 ///   spin SECONDS        keeps a processor busy
 ///   report FILE ...     writes folder, arguments and environment to FILE, a line each
 ///   ignore FILE         ignores SIGTERM, creates FILE when it does, then sleeps
-///   hold FILE GO LOG    once GO exists, opens FILE exclusively, appends the code to LOG, sleeps
+///   hold FILE GO FOLDER once GO exists, opens FILE exclusively, creates CODE.PID in FOLDER, sleeps
 ///   replace FILE STAGE READY
 ///                       writes "new" safely to FILE as far as STAGE (open, written, flushed,
 ///                       closed), creates READY when it got there, sleeps
@@ -39,7 +39,7 @@ int _hold(char** argv) {
     while (access(argv[3], F_OK) != 0) (void)usleep(500);
     PFile file;
     int const result = file.popen(_wide(argv[2]).c_str(), PFile::OPEN_WRITE, 0);
-    std::ofstream(argv[4], std::ios::app) << std::to_string(result) + "\n";
+    std::ofstream(argv[4] + std::to_string(result) + "." + std::to_string(getpid()));
     return static_cast<int>(sleep(60));
 }
 

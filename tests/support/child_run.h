@@ -18,8 +18,7 @@ public:
     /// Ends the child with SIGKILL and collects it.
     void kill();
 
-private:
-    pid_t pid = 0;
+    pid_t pid = 0;  ///< 0 when it was collected
 };
 
 /// Looks until something holds; false when it does not within twenty seconds.
