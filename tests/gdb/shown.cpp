@@ -10,6 +10,7 @@ namespace {
 
 int main() {
     PPtr<char> const first(new char[8]{"pointee"}, PPtr<char>::ARRAY);
-    PPtr<char> const second(first);
+    PPtr<char> second;
+    second = first;
     return _stop(PLiteral(), PString(L"wide \x20ac", P_WHOLE_STRING), second, PERR_LOCKED);
 }
