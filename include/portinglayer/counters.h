@@ -15,6 +15,7 @@
 /// Threads: no lock and no atomic operation; one counter belongs to one thread at a time.
 class PORTINGLAYER_EXPORT PCounter {
 public:
+    /// Starts with `v`, without a call of `set`.
     PCounter(int v);
 
     /// Takes the other's value directly, without a call of `set`.
@@ -30,43 +31,46 @@ public:
     /// Replaces the value. Both assignments end here.
     virtual void set(int v);
 
-    PCounter& operator=(PCounter const& o);  ///< `set` with the other's value
-    PCounter& operator=(int v);              ///< `set(v)`
-    PCounter& operator+=(PCounter const& o);
-    PCounter& operator+=(int d);
+    PCounter& operator=(PCounter const& o);   ///< `set` with the other's value
+    PCounter& operator=(int v);               ///< `set(v)`
+    PCounter& operator+=(PCounter const& o);  ///< `change` with the other's value
+    PCounter& operator+=(int d);              ///< `change(d)`
     PCounter& operator-=(PCounter const& o);  ///< `change` with the negated value, which may wrap
     PCounter& operator-=(int d);              ///< `change(-d)`, which may wrap
-    PCounter& operator++();
-    PCounter& operator--();
+    PCounter& operator++();                   ///< `change(1)`
+    PCounter& operator--();                   ///< `change(-1)`
 
-    bool operator==(PCounter const& o) const;
-    bool operator==(int v) const;
-    bool operator!=(PCounter const& o) const;
-    bool operator!=(int v) const;
-    bool operator<(PCounter const& o) const;
-    bool operator<(int v) const;
-    bool operator<=(PCounter const& o) const;
-    bool operator<=(int v) const;
-    bool operator>(PCounter const& o) const;
-    bool operator>(int v) const;
-    bool operator>=(PCounter const& o) const;
-    bool operator>=(int v) const;
+    bool operator==(PCounter const& o) const;  ///< equal, by the values
+    bool operator==(int v) const;              ///< equal, by the value
+    bool operator!=(PCounter const& o) const;  ///< not equal, by the values
+    bool operator!=(int v) const;              ///< not equal, by the value
+    bool operator<(PCounter const& o) const;   ///< less, by the values
+    bool operator<(int v) const;               ///< less, by the value
+    bool operator<=(PCounter const& o) const;  ///< less or equal, by the values
+    bool operator<=(int v) const;              ///< less or equal, by the value
+    bool operator>(PCounter const& o) const;   ///< greater, by the values
+    bool operator>(int v) const;               ///< greater, by the value
+    bool operator>=(PCounter const& o) const;  ///< greater or equal, by the values
+    bool operator>=(int v) const;              ///< greater or equal, by the value
 
-    operator int() const;
+    operator int() const;  ///< the value
 
 protected:
-    int value;
+    int value;  ///< read and written without a lock
 };
 
 /// A counter that takes its own mutex around each `set` and `change`. A copy has a mutex of its
 /// own and takes over the value only.
 ///
-/// @warning The mutex is never initialised, by requirement: taking it fails at once and excludes
+/// @warning The mutex is never initialised, on purpose: taking it fails at once and excludes
 /// nobody, so this counter is as unsynchronised as `PCounter`. To count from several threads, hold
 /// an initialised `PMutex` around every use, or use `std::atomic<int>`.
 class PORTINGLAYER_EXPORT PCounterSync : public PCounter {
 public:
+    /// Starts with `v`, without a call of `set`.
     PCounterSync(int v);
+
+    /// Takes over the value.
     PCounterSync(PCounterSync const& o);
     ~PCounterSync() override;
 
@@ -138,9 +142,9 @@ public:
         return *this;
     }
 
-    T* get() const { return pointee; }  ///< null when empty
-    T& operator*() const { return *pointee; }
-    T* operator->() const { return pointee; }
+    T* get() const { return pointee; }         ///< null when empty
+    T& operator*() const { return *pointee; }  ///< not for an empty pointer
+    T* operator->() const { return pointee; }  ///< null when empty
 
     /// Does nothing: a place for derived pointers to act.
     virtual void newCounter();

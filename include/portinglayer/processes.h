@@ -406,10 +406,13 @@ public:
     /// @return PERR_OK
     /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read, such
     ///                           as for a process with a space in its name
-    /// @return PERR_NO_SUCH_FILE there is no such process
-    /// @return PERR_OPEN, PERR_READ, PERR_END_OF_FILE, PERR_SEEK, PERR_NO_MEMORY
-    ///                           passed on from reading the system's counters, PERR_READ for a process
-    ///                           that ended meanwhile
+    /// @return PERR_NO_SUCH_FILE  there is no such process
+    /// @return PERR_OPEN         the system's counters cannot be opened
+    /// @return PERR_READ         the system's counters cannot be read, such as those of a process that
+    ///                           ended meanwhile
+    /// @return PERR_END_OF_FILE  the system's counters are empty
+    /// @return PERR_SEEK         the system's counters cannot be read again
+    /// @return PERR_NO_MEMORY    no memory for the names of the counters
     ///
     /// Blocks: for the pause.
     static int getCPUUsage(unsigned int processId, unsigned int& percent);

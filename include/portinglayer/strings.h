@@ -1,5 +1,9 @@
 /// @file
 /// Wide text: the view `PLiteral`, the owner `PString`, and the static conversions of `PUtils`.
+///
+/// A wide character is a `wchar_t` of four bytes. Where a text becomes bytes or is made from bytes,
+/// that is multibyte text in the character-type locale of the process, which the library never sets.
+/// White space is exactly tab, line feed, carriage return and space.
 #ifndef PORTINGLAYER_STRINGS_H
 #define PORTINGLAYER_STRINGS_H
 
@@ -14,52 +18,146 @@ constexpr unsigned long P_WHOLE_STRING = 4294967295UL;
 
 class PString;
 
-/// A read-only view of wide text: pointer and length, nothing owned.
+/// A read-only view of wide text: a pointer, which may be null, and a length. It owns nothing: the
+/// characters stay the caller's and must outlive the view, and copying a view copies no characters.
+/// It is what every operation of the library takes as text; a `PString` can be given wherever a
+/// `PLiteral` is wanted.
+///
+/// Threads: reading operations from any thread, as long as nobody changes the view or its text.
 class PORTINGLAYER_EXPORT PLiteral {
 public:
+    /// The empty text: null pointer, length 0.
     PLiteral();
+
+    /// Refers to `s` up to its terminator; a null `s` gives the empty text.
     PLiteral(wchar_t const* s);
+
+    /// Refers to the same characters as `o`.
     PLiteral(PLiteral const& o);
+
+    /// Releases nothing; the characters stay.
     virtual ~PLiteral();
 
+    /// Refers to the same characters as `o`.
     virtual PLiteral& operator=(PLiteral const& o);
+
+    /// Refers to `s` up to its terminator; a null `s` gives the empty text.
+    ///
+    /// @warning The pointer that is held already changes nothing: the text is not measured anew. After
+    ///          editing a buffer in place, make a new `PLiteral`.
     virtual PLiteral& operator=(wchar_t const* s);
 
+    /// The length in wide characters, the terminator not counted.
     unsigned long len() const;
+    /// The characters; null for a text that refers to nothing.
     wchar_t const* ptr() const;
+    /// As `ptr`.
     operator wchar_t const*() const;
 
+    /// Finds a text in this one.
+    ///
+    /// @param what        the text to be found
+    /// @param[out] pos    index of its first character; written only on success
+    /// @param fromEnd     whether the last occurrence is wanted instead of the first
+    /// @param ignoreCase  whether characters match that have the same upper case in the locale
+    /// @return PERR_OK         found; also for an empty text in an empty one, at 0
+    /// @return PERR_NOT_FOUND  not found; also for an empty text in one that is not
     int str(PLiteral const& what, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
+
+    /// Finds a character.
+    ///
+    /// With `ignoreCase` its upper and its lower case in the locale are looked for. The search runs to
+    /// the terminator, not to `len()`: the text must have one, and 0 is found there.
+    /// @param[out] pos  index of the character; written only on success
+    /// @param fromEnd   whether the last occurrence is wanted instead of the first
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  not found, or this text is empty
     int chr(wchar_t c, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
 
+    /// Compares with the first `n` characters of `s`: by length first, then by characters.
+    ///
+    /// @warning A shorter text is always the lesser one: "b" comes before "aa". To sort as people
+    ///          expect, compare with `wcscoll` on `ptr()`.
+    /// @param n  wide characters, or P_WHOLE_STRING
+    /// @return 0 when equal, less than 0 when this text is the lesser one, else more than 0
     int cmp(wchar_t const* s, unsigned long n) const;
+    /// As above, with the whole of `o`.
     int cmp(PLiteral const& o) const;
 
-    bool operator==(PLiteral const& o) const;
-    bool operator==(wchar_t const* s) const;
-    bool operator!=(PLiteral const& o) const;
-    bool operator!=(wchar_t const* s) const;
-    bool operator<(PLiteral const& o) const;
-    bool operator<(wchar_t const* s) const;
-    bool operator<=(PLiteral const& o) const;
-    bool operator<=(wchar_t const* s) const;
-    bool operator>(PLiteral const& o) const;
-    bool operator>(wchar_t const* s) const;
-    bool operator>=(PLiteral const& o) const;
-    bool operator>=(wchar_t const* s) const;
+    bool operator==(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool
+    operator==(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator!=(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool
+    operator!=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator<(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool operator<(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator<=(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool
+    operator<=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator>(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool operator>(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator>=(PLiteral const& o) const;  ///< by the order of `cmp`
+    bool
+    operator>=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
 
+    /// Tells whether this text begins with `s`, in the sense of `str`.
+    ///
+    /// @warning `n` is ignored: `s` counts up to its terminator. To test with a part of it, copy the
+    ///          part into a `PString`.
     bool startsWith(wchar_t const* s, unsigned long n, bool ignoreCase) const;
+    /// As above, with `p` up to its terminator.
     bool startsWith(PLiteral const& p, bool ignoreCase) const;
+
+    /// Tells whether this text ends with `s`, in the sense of `str`.
+    ///
+    /// @warning `s` counts up to its terminator; an `n` that is not its length gives false answers.
+    ///          Give P_WHOLE_STRING.
     bool endsWith(wchar_t const* s, unsigned long n, bool ignoreCase) const;
+    /// As above, with `p` up to its terminator.
     bool endsWith(PLiteral const& p, bool ignoreCase) const;
 
+    /// As `ascii`.
+    ///
+    /// @warning It converts, and allocates, wherever a `char*` fits: call `ascii` by its name.
     operator char*() const;
+
+    /// Converts this text as `pwchar2pchar` does, and with the same result. Nothing is kept: each call
+    /// converts anew.
     char* ascii() const;
 
+    /// Makes multibyte text of wide text, in the locale of the process.
+    ///
+    /// @warning At most as many bytes are made as there are characters. ASCII passes whole; in UTF-8
+    ///          other text loses its end, before the first character that no longer fits.
+    /// @param n  wide characters, or P_WHOLE_STRING
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null,
+    ///         `n` is 0, the text is empty, its first character does not fit, the locale cannot
+    ///         express a character of it, or no memory is left
     static char* pwchar2pchar(wchar_t const* s, unsigned long n);
+
+    /// Makes wide text of multibyte text, in the locale of the process.
+    ///
+    /// @param s  terminated, or ending in whole characters, within `n` bytes
+    /// @param n  bytes, or P_WHOLE_STRING
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null,
+    ///         `n` is 0, the text is empty, the locale cannot read it, or no memory is left
     static wchar_t* pchar2pwchar(char const* s, unsigned long n);
+
+    /// The upper case of a character in the locale of the process.
     static wchar_t toupper(wchar_t c);
+    /// The lower case of a character in the locale of the process.
     static wchar_t tolower(wchar_t c);
+
+    /// Takes the text before the first separator off `src`, and the separator with it.
+    ///
+    /// Without a separator the token is the whole of `src`, which becomes empty. Two separators in a row
+    /// give an empty token. Only the token is trimmed of white space. A separator of 0 is never found.
+    /// @param[in,out] src  the text that is used up
+    /// @param[out] token   another object than `src`
+    /// @return PERR_OK
+    /// @return PERR_TOKEN  `src` is empty: `token` is left alone; or no memory for the token, which is
+    ///                     then empty: `src` is left alone
     static int getNextToken(PString& src, PString& token, wchar_t sep);
 
 protected:
@@ -67,40 +165,150 @@ protected:
     unsigned long length;  ///< wide characters before the terminator; 0 when `text` is null
 };
 
-/// Wide text that owns its characters: a buffer of exactly length + 1 wide characters.
+/// Wide text that owns its characters, in a buffer of its length + 1 wide characters: there is no
+/// spare room, and every change of the length copies. An empty text has no buffer, unless `trim` left
+/// one. Texts given to an operation may lie in the string itself. What refers to its characters, such
+/// as a `PLiteral` or `ptr()`, is valid until the next change.
+///
+/// Constructors and operators cannot tell that memory ran out: the text is then empty, or without what
+/// was to be appended. `set` and `cat` tell.
+///
+/// Threads: one string is used by one thread at a time.
 class PORTINGLAYER_EXPORT PString : public PLiteral {
 public:
+    /// An empty text; nothing is allocated.
     PString();
+
+    /// Copies the first `n` characters of `s`, or with P_WHOLE_STRING all of it.
     PString(wchar_t const* s, unsigned long n);
+
+    /// Converts multibyte text as `pchar2pwchar` does; the length is that of the characters. Text that
+    /// cannot be converted gives an empty text.
     PString(char const* s, unsigned long n);
+
+    /// Copies the characters of `o`.
     PString(PString const& o);
+    /// Copies the characters of `o`.
     PString(PLiteral const& o);
+    /// Takes the buffer of `o`, which becomes empty.
     PString(PString&& o) noexcept;
+
+    /// Releases the characters.
     ~PString() override;
 
+    /// Copies the characters of `o`.
     PString& operator=(PLiteral const& o) override;
+    /// Copies `s` up to its terminator; a null `s` gives an empty text.
     PString& operator=(wchar_t const* s) override;
+    /// Copies the characters of `o`.
     PString& operator=(PString const& o);
+    /// Takes the buffer of `o`, which becomes empty.
     PString& operator=(PString&& o) noexcept;
+
+    /// Appends `o` as `cat` does.
     PString& operator+=(PLiteral const& o);
+    /// Appends `s` up to its terminator as `cat` does; a null `s` appends nothing.
     PString& operator+=(wchar_t const* s);
 
+    /// Releases the characters: null pointer, length 0.
     void clear();
+
+    /// Appends the first `n` characters of `s`. A null `s` and an `n` of 0 append nothing.
+    ///
+    /// @param n  wide characters, or P_WHOLE_STRING
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  no memory for the longer text; the text is as it was
     int cat(wchar_t const* s, unsigned long n);
+    /// As above, with the whole of `o`.
     int cat(PLiteral const& o);
+
+    /// Appends multibyte text, converted as `pchar2pwchar` does.
+    ///
+    /// @warning The length grows by the number of bytes: behind text that is not ASCII, zero characters
+    ///          fill the difference. Measure such a text with `wcslen`, or use the constructor.
+    /// @param n  bytes, or P_WHOLE_STRING
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  no memory, the locale cannot read the text, or the text is empty although
+    ///                         `n` is not 0; the text is as it was
     int cat(char const* s, unsigned long n);
+
+    /// Replaces the text with the first `n` characters of `s`, which may lie in this text.
+    ///
+    /// @param n  wide characters, or P_WHOLE_STRING
+    /// @return PERR_OK         also for a null `s` and an `n` of 0, which give an empty text
+    /// @return PERR_NO_MEMORY  no memory for the new text; the text is empty
     int set(wchar_t const* s, unsigned long n);
+
+    /// Replaces the text with the first `n` characters of `o`.
+    ///
+    /// @param n  wide characters, or P_WHOLE_STRING for the length of `o`
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  `n` is more than the length of `o`; the text is as it was
+    /// @return PERR_NO_MEMORY         no memory for the new text; the text is empty
     int set(PLiteral const& o, unsigned long n);
+
+    /// Replaces the text with multibyte text as the narrow `cat` appends it, whose warning holds.
+    ///
+    /// @param n  bytes, or P_WHOLE_STRING
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  as from `cat`; the text is empty
     int set(char const* s, unsigned long n);
+
+    /// Puts the first `n` characters of `s` in front of the character at `pos`.
+    ///
+    /// @param pos  index from 0 to the length, at which they are appended
+    /// @param n    wide characters, or P_WHOLE_STRING
+    /// @return PERR_OK                also for a null `s` and an `n` of 0, which change nothing
+    /// @return PERR_INVALID_ARGUMENT  `pos` is more than the length; nothing changes
+    /// @return PERR_NO_MEMORY         no memory for the longer text, which is as it was
     int insert(unsigned long pos, wchar_t const* s, unsigned long n);
+    /// As above, with `o`; P_WHOLE_STRING stands for its length.
+    ///
+    /// @warning `n` is not compared with the length of `o`: more than that reads behind its end.
     int insert(unsigned long pos, PLiteral const& o, unsigned long n);
+
+    /// Takes `count` characters out, from index `pos` on. The buffer keeps its size; taking out all
+    /// releases it.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_INVALID_ARGUMENT  the range ends behind the text; nothing changes
     int erase(unsigned long pos, unsigned long count);
+
+    /// Takes white space off both ends. The buffer keeps its size.
+    ///
+    /// @return PERR_OK  always
     int trim();
+
+    /// Takes out all white space. The new buffer keeps the size of the old one.
+    ///
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  no memory for the new buffer; nothing changes
     int stripall();
+
+    /// Overwrites every character with `c`.
+    ///
+    /// @return PERR_OK  always
     int fill(wchar_t c);
+
+    /// Makes a text of `n` times `c`; with an `n` of 0 nothing changes.
+    ///
+    /// @warning With an `n` below the length, the text ends behind the `n` characters, but `len()` stays
+    ///          as it was. `clear` first where the length matters.
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  no memory for a longer text; nothing changes
     int fill(wchar_t c, unsigned long n);
+
+    /// Replaces each `from` with `to`.
+    ///
+    /// @return PERR_OK  always
     int replace(wchar_t from, wchar_t to);
 
+    /// Copies text into a new array.
+    ///
+    /// @param n            wide characters, or P_WHOLE_STRING
+    /// @param[out] outLen  characters copied; left alone when no memory is left
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null or
+    ///         `n` is 0 (then `outLen` is 0), or when no memory is left
     static wchar_t* dupPtr(wchar_t const* s, unsigned long n, unsigned long& outLen);
 };
 
