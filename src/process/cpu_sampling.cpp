@@ -257,8 +257,8 @@ int PProcess::getSpecCPUUsage(unsigned int cpu, unsigned int& percent) {
     if (std::snprintf(key, sizeof key, "cpu%u", cpu) < 0) return PERR_SYSTEM;
     ProcStream const stream = _openProcStream(COUNTERS);
     if (stream == nullptr) return PERR_OPEN;
-    (void)std::setvbuf(stream.get(), nullptr, _IONBF,
-                       0);  // a second sample must not find the first
+    // Unbuffered, so that the second sample comes from the system and not from what was read before.
+    (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0);
 
     ProcessorTimes before = {};
     int result = _sampleProcessor(stream.get(), key, before);

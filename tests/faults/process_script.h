@@ -3,62 +3,56 @@
 #ifndef TESTS_FAULTS_PROCESS_SCRIPT_H
 #define TESTS_FAULTS_PROCESS_SCRIPT_H
 
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <support/scratch.h>
 #include <unistd.h>
 
 /// While one exists, pauses and signals are recorded instead of done, and its files stand in for
 /// those of the system.
-class ProcessScript {
-public:
+struct ProcessScript {
     ProcessScript() { active = this; }
     ~ProcessScript() { active = nullptr; }
 
+    struct File {
+        std::string standIn;
+        std::vector<std::string> contents;
+    };
+
     /// `path` reads as the first content, and from each pause on as the next one; without any it
     /// does not exist.
-    void file(std::string const& path, std::vector<std::string> contents) {
-        files[path] = std::move(contents);
-        advance(path);
+    void file(std::string const& path, std::vector<std::string> const& contents) {
+        files[path] = {std::to_string(files.size()), contents};
+        advance(files[path]);
+    }
+
+    void advance(File& file) const {
+        if (file.contents.empty()) return;
+        (void)scratch.write(file.standIn, file.contents.front());
+        file.contents.erase(file.contents.begin());
     }
 
     static int record(std::string const& call) {
         active->calls.push_back(call);
-        for (auto const& [path, contents] : active->files) active->advance(path);
+        for (auto& [path, file] : active->files) active->advance(file);
         return 0;
     }
 
     static std::string standIn(char const* path) {
         bool const scripted = active != nullptr && active->files.count(path) != 0;
-        return scripted ? active->nameOf(path) : path;
+        return scripted ? active->scratch.path(active->files[path].standIn) : path;
     }
 
     static inline ProcessScript* active = nullptr;
     std::vector<std::string> calls;  ///< such as "sleep 1", "usleep 400000", "kill 17 9"
     bool forkFails = false;
-
-private:
-    std::string nameOf(std::string const& path) const {
-        return scratch.path(std::to_string(std::hash<std::string>()(path)));
-    }
-
-    void advance(std::string const& path) {
-        auto& contents = files[path];
-        if (contents.empty()) return;
-        (void)scratch.write(nameOf(path).substr(scratch.dir().size() + 1), contents.front());
-        contents.erase(contents.begin());
-    }
-
     Scratch scratch;
-    std::map<std::string, std::vector<std::string>> files;
+    std::map<std::string, File> files;
 };
 
 template <typename Function>
@@ -67,7 +61,6 @@ Function* systems(Function*, char const* name) {
 }
 
 extern "C" {
-
 FILE* fopen(char const* path, char const* mode) {
     return systems(&fopen, "fopen")(ProcessScript::standIn(path).c_str(), mode);
 }
@@ -81,12 +74,10 @@ int open(char const* path, int flags, ...) {
 }
 
 unsigned int sleep(unsigned int seconds) {
-    if (ProcessScript::active == nullptr) return systems(&sleep, "sleep")(seconds);
     return static_cast<unsigned int>(ProcessScript::record("sleep " + std::to_string(seconds)));
 }
 
 int usleep(useconds_t microseconds) {
-    if (ProcessScript::active == nullptr) return systems(&usleep, "usleep")(microseconds);
     return ProcessScript::record("usleep " + std::to_string(microseconds));
 }
 
@@ -96,12 +87,9 @@ int kill(pid_t pid, int signal) noexcept {
 }
 
 pid_t fork() noexcept {
-    if (ProcessScript::active == nullptr || !ProcessScript::active->forkFails)
-        return systems(&fork, "fork")();
-    errno = EAGAIN;
-    return -1;
+    bool const fails = ProcessScript::active != nullptr && ProcessScript::active->forkFails;
+    return fails ? -1 : systems(&fork, "fork")();
 }
-
-}  // extern "C"
+}
 
 #endif

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <fstream>
 
 #include <gtest/gtest.h>
 #include <support/scratch.h>
@@ -7,66 +6,57 @@
 
 #include "process/children.h"
 
+using Ids = std::vector<unsigned int>;
+
 TEST(ProcessListing, FindsProgramsByTheirWholeName) {
     Scratch scratch;
-    std::string const shortName = "Plt" + std::to_string(getpid());
-    std::string const longName = shortName + "-longer-than-15";
-    std::vector<std::string> names{shortName, longName};
-    for (auto const& name : names) ASSERT_EQ(0, symlink(TEST_CHILD, scratch.path(name).c_str()));
-    Child const brief("sleep 60", scratch.path(shortName));
-    Child const lengthy("sleep 60", scratch.path(longName));
-
+    std::string const plain = "Plt" + std::to_string(getpid()), extended = plain + "-beyond-15";
+    for (auto const& name : {plain, extended})
+        ASSERT_EQ(0, symlink(TEST_CHILD, scratch.path(name).c_str()));
+    Child const brief("sleep 60", scratch.path(plain)), other("sleep 60", scratch.path(extended));
     struct {
-        std::string what, name;
-        unsigned int found;
+        char const* what;
+        std::string name;
+        Ids found;
     } const rows[] = {
-        {"as it is", shortName, brief.pid},
-        {"another case", "p" + shortName.substr(1, 1) + "T" + shortName.substr(3), brief.pid},
-        {"behind a folder", "C:\\x/" + shortName, brief.pid},
-        {"a prefix only", shortName.substr(0, shortName.size() - 1), 0},
-        {"longer than the system keeps", longName, lengthy.pid},
-        {"cut as by the system", longName.substr(0, 15), 0},
-        {"unknown", "plt-nothing", 0},
+        {"as it is", plain, {brief.pid}},
+        {"another case, behind a folder", "C:\\x/pLT" + plain.substr(3), {brief.pid}},
+        {"a prefix only", plain.substr(0, plain.size() - 1), {}},
+        {"longer than the system keeps", extended, {other.pid}},
+        {"cut as by the system", extended.substr(0, 15), {}},
     };
     for (auto const& row : rows) {
-        std::vector<unsigned int> pids{1}, parents{1, 2}, expected, expectedParents;
-        if (row.found != 0) expected = {row.found}, expectedParents = {PProcess::getCurrentPID()};
-        EXPECT_EQ(row.found != 0 ? PERR_OK : PERR_NOT_FOUND,
+        Ids pids{1}, parents{1, 2};
+        EXPECT_EQ(row.found.empty() ? PERR_NOT_FOUND : PERR_OK,
                   PProcess::find(owned(row.name), pids, parents))
             << row.what;
-        EXPECT_EQ(expected, pids) << row.what;
-        EXPECT_EQ(expectedParents, parents) << row.what;
+        EXPECT_EQ(row.found, pids) << row.what;
+        EXPECT_EQ(Ids(pids.size(), PProcess::getCurrentPID()), parents) << row.what;
     }
 
-    std::vector<unsigned int> all{0}, mine;
+    Ids all{0}, children;
     EXPECT_EQ(PERR_OK, PProcess::listPIDs(all));
     EXPECT_EQ(1, std::count(all.begin(), all.end(), brief.pid));
     EXPECT_EQ(0, std::count(all.begin(), all.end(), 0));  // nothing but processes
-    EXPECT_EQ(PERR_OK, PProcess::getChildPID(PProcess::getCurrentPID(), mine));
-    EXPECT_EQ((std::vector<unsigned int>{brief.pid, lengthy.pid}), mine);
-    EXPECT_EQ(PERR_NOT_FOUND, PProcess::getChildPID(brief.pid, mine));
-    EXPECT_TRUE(mine.empty());
+    EXPECT_EQ(PERR_OK, PProcess::getChildPID(PProcess::getCurrentPID(), children));
+    EXPECT_EQ((Ids{brief.pid, other.pid}), children);
+    EXPECT_EQ(PERR_NOT_FOUND, PProcess::getChildPID(brief.pid, children));
+    EXPECT_TRUE(children.empty());
 }
 
 TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
     Scratch scratch;
-    Child const root("tree 3 " + scratch.path("ids"));
-    std::vector<std::string> lines;
-    auto const readLines = [&](std::size_t count) {
-        std::ifstream file(scratch.path("ids"));
-        lines.clear();
-        for (std::string line; std::getline(file, line);) lines.push_back(line);
-        return lines.size() >= count;
+    Child const root("tree 3 " + scratch.path("log"));
+    auto const lines = [&] {
+        std::string const log = scratch.read("log");
+        return std::count(log.begin(), log.end(), '\n');
     };
-    ASSERT_TRUE(eventually([&] { return readLines(3); }));
-    EXPECT_EQ(std::to_string(root.pid), lines[0]);
+    ASSERT_TRUE(eventually([&] { return lines() == 3; }));
+    std::string const started = scratch.read("log");
+    std::string ended;
+    for (char const c : started) ended += c == '\n' ? std::string(" ended\n") : std::string(1, c);
     EXPECT_EQ(PERR_OK, PProcess::killTree(root.pid));
-    EXPECT_TRUE(readLines(6));
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(lines[i] + " ended", lines[i + 3]);
-        EXPECT_EQ(std::string::npos, std::string("RSDT").find(
-                                         stateOf(static_cast<unsigned int>(std::stoul(lines[i])))));
-    }
+    EXPECT_EQ(started + ended, scratch.read("log"));
 }
 
 TEST(ProcessEnding, KillTreeEndsWhatIgnoresTheRequest) {
@@ -74,5 +64,5 @@ TEST(ProcessEnding, KillTreeEndsWhatIgnoresTheRequest) {
     Child const child("ignore " + scratch.path("ready"));
     ASSERT_TRUE(eventually([&] { return !scratch.read("ready").empty(); }));
     EXPECT_EQ(PERR_OK, PProcess::killTree(child.pid));
-    EXPECT_EQ('-', stateOf(child.pid));
+    EXPECT_EQ("", factOf(child.pid, "stat"));
 }
