@@ -61,8 +61,8 @@ namespace fs = std::filesystem;
 class Folder {
 public:
     Folder() {
-        char pattern[] = "/tmp/portinglayer-bench-XXXXXX";
-        path = mkdtemp(pattern);
+        path = (fs::temp_directory_path() / "portinglayer-bench-XXXXXX").string();
+        if (mkdtemp(path.data()) == nullptr) abort();
     }
     Folder(Folder const&) = delete;
     Folder& operator=(Folder const&) = delete;
@@ -508,25 +508,29 @@ void _addTemporary() {
     });
 }
 
+/// Part of the C library, and not loaded by anything else here.
+constexpr char LIBRARY[] = "libBrokenLocale.so.1";
+constexpr wchar_t WIDE_LIBRARY[] = L"libBrokenLocale.so.1";
+
 void _addLibrary() {
     Operation op("load and unload a library", 1.10, 0, "dlopen, dlclose");
-    op.way(BARE, [] { return dlclose(dlopen("libc.so.6", RTLD_LAZY)); });
+    op.way(BARE, [] { return dlclose(dlopen(LIBRARY, RTLD_LAZY)); });
 #ifdef BENCH_QT
     op.way("Qt", [] {
-        QLibrary library("libc.so.6");
+        QLibrary library(LIBRARY);
         return library.load() && library.unload() ? 0 : 1;
     });
 #endif
 #ifdef BENCH_POCO
     op.way("POCO", [] {
-        Poco::SharedLibrary library("libc.so.6");
+        Poco::SharedLibrary library(LIBRARY);
         library.unload();
         return 0;
     });
 #endif
     op.way(OURS, [] {
         PLibrary* library = nullptr;
-        int const result = PLibrary::load(L"libc.so.6", library, true);
+        int const result = PLibrary::load(WIDE_LIBRARY, library, true);
         delete library;
         return result;
     });
