@@ -109,6 +109,18 @@ struct Bare {
     std::size_t at = 0;
 };
 
+/// The same with a call for each integer, as from a library.
+struct Called : Bare {
+    template <typename Integer>
+    [[gnu::noinline]] void put(Integer value) {
+        Bare::put(value);
+    }
+    template <typename Integer>
+    [[gnu::noinline]] void get(Integer& value) {
+        Bare::get(value);
+    }
+};
+
 struct Ours {
     using Text = PString;
     static Text text(wchar_t const* s) { return {s, P_WHOLE_STRING}; }
@@ -340,6 +352,7 @@ void _add(std::string const& items, Limits limits, unsigned count, std::uint64_t
     Operation writing("write " + end, limits.writing, sum, "std::vector by hand");
     Operation reading("read " + end, limits.reading, sum, "std::vector by hand");
     _addWay<Items, Bare>(writing, reading, BARE, count);
+    if (items == "integers") _addWay<Items, Called>(writing, reading, "by hand, called", count);
 #ifdef BENCH_QT
     _addWay<Items, Qt>(writing, reading, "Qt", count);
 #endif

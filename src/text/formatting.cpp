@@ -7,6 +7,8 @@
 
 #include <portinglayer/strings.h>
 
+#include "text/white_space.h"
+
 namespace {
 
 constexpr unsigned long HEADROOM = 2048;  // wide characters beyond the format, terminator included
@@ -28,6 +30,20 @@ bool _formatShort(wchar_t (&shortText)[SHORT_TEXT], wchar_t const* format, va_li
 int _assign(PString& out, wchar_t const* text) {
     out = text;
     return out.ptr() == nullptr ? PERR_NO_MEMORY : PERR_OK;
+}
+
+/// Sets a text without the white space around it, with the result of `set` and `trim`.
+int _setTrimmed(PString& out, wchar_t const* s, unsigned long n) {
+    unsigned long front = 0;
+    while (front < n && _isWhite(s[front])) ++front;
+    unsigned long end = n;
+    while (end > front && _isWhite(s[end - 1])) --end;
+    // Moved to the front, a text ends at its first zero character.
+    unsigned long const kept = front == 0 ? end : wcsnlen(s + front, end - front);
+    if (kept > 0) return out.set(s + front, kept);
+
+    int const result = out.set(s, n);  // nothing is left: in which buffer, `trim` decides
+    return result == PERR_OK ? out.trim() : result;
 }
 
 /// Sets an element from its argument; the first one becomes a pair unless it is one already.
@@ -78,14 +94,8 @@ int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wcha
     unsigned long const rest = text.len() - pos - 1;
     PString const old(std::move(key));  // kept to the end: the text may be the key itself
 
-    int result = key.set(whole, pos);
-    if (result != PERR_OK) return result;
-    (void)key.trim();  // never fails
-
-    result = value.set(whole + pos + 1, rest);
-    if (result != PERR_OK) return result;
-    (void)value.trim();  // never fails
-    return PERR_OK;
+    int const result = _setTrimmed(key, whole, pos);
+    return result == PERR_OK ? _setTrimmed(value, whole + pos + 1, rest) : result;
 }
 
 int PUtils::convertArgs(int argc, char** argv, PString*& out, unsigned long& outCount,

@@ -7,14 +7,11 @@
 #include <portinglayer/strings.h>
 
 #include "text/allocation.h"
+#include "text/white_space.h"
 
 namespace {
 
 using Buffer = std::unique_ptr<wchar_t[]>;
-
-bool _isWhite(wchar_t c) {
-    return c == L'\t' || c == L'\n' || c == L'\r' || c == L' ';
-}
 
 /// The owned characters: what a string holds was allocated by itself, so it may write there.
 wchar_t* _own(wchar_t const* text) {
@@ -240,7 +237,10 @@ int PString::fill(wchar_t c, unsigned long n) {
 }
 
 int PString::replace(wchar_t from, wchar_t to) {
-    std::replace(_own(text), _own(text) + length, from, to);
+    if (text == nullptr) return PERR_OK;
+    wchar_t* at = _own(text);
+    wchar_t* const end = at + length;
+    while ((at = wmemchr(at, from, static_cast<std::size_t>(end - at))) != nullptr) *at++ = to;
     return PERR_OK;
 }
 
