@@ -18,7 +18,7 @@ def stated(comment, scope, above):
     for name in re.findall(r"[Cc]odes (?:as|of) `([\w:]+)", comment):
         found += codes_of.get(name) or codes_of.get(f"{scope}::{name}") or sys.exit(
             f"{scope}: no operation {name} to take the codes from")
-    if re.search(r"^As above", comment, re.M):
+    if re.search(r"^As (above|the form with an id)", comment, re.M):
         found += above
     return found
 

@@ -167,7 +167,7 @@ public:
     ///
     /// Children: reaps every ended child of the caller.
     static int isRunning(unsigned int processId, bool& running);
-    /// As above, for the child of this object; false when there is none.
+    /// As the form with an id, for the child of this object; false when there is none.
     int isRunning(bool& running) const;
 
     /// Gets the process id of the child of this object.
@@ -202,7 +202,7 @@ public:
     ///
     /// Blocks: up to `timeoutMs`. Children: reaps every ended child of the caller.
     static bool waitFinish(unsigned int processId, unsigned int timeoutMs);
-    /// As above, for the child of this object; false when there is none.
+    /// As the form with an id, for the child of this object; false when there is none.
     ///
     /// @warning It takes the exit code of the child, so `waitExitCode` gives PERR_NO_PROCESS
     ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on a
@@ -267,7 +267,7 @@ public:
     ///
     /// Children: reaps every ended child of the caller.
     static int getName(unsigned int processId, PString& name);
-    /// As above.
+    /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `name` is left alone
     int getName(PString& name) const;
 
@@ -282,7 +282,7 @@ public:
     ///
     /// Children: reaps every ended child of the caller.
     static int getPath(unsigned int processId, PString& path);
-    /// As above; where the system does not tell, gives the executable that this object describes.
+    /// As the form with an id; where the system does not tell, gives the executable that this object describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `path` is left alone
     int getPath(PString& path) const;
@@ -299,7 +299,7 @@ public:
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
     /// @return PERR_NO_MEMORY  memory ran out; `commandLine` holds what was joined so far
     static int getCmdLine(unsigned int processId, PString& commandLine);
-    /// As above; where the system does not tell, gives the arguments that this object describes.
+    /// As the form with an id; where the system does not tell, gives the arguments that this object describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `commandLine` is left alone
     int getCmdLine(PString& commandLine) const;
@@ -312,7 +312,7 @@ public:
     /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its folder
     /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
     static int getWorkingDir(unsigned int processId, PString& dir);
-    /// As above.
+    /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `dir` is left alone
     int getWorkingDir(PString& dir) const;
 
@@ -322,7 +322,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process
     static int getPriority(unsigned int processId, int& value);
-    /// As above.
+    /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `value` is left alone
     int getPriority(int& value) const;
 
@@ -338,7 +338,7 @@ public:
     /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its environment
     /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
     static int getEnvironment(unsigned int processId, std::vector<PString>& environment);
-    /// As above.
+    /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `entries` is left alone
     int getEnvironment(std::vector<PString>& entries) const;
 
@@ -349,7 +349,7 @@ public:
     /// @return PERR_NO_PROCESS  there is no such process
     /// @return PERR_NOT_FOUND   the process has no memory of its own (a kernel thread, a zombie)
     static int getMemoryUsage(unsigned int processId, unsigned long long& bytes);
-    /// As above; `bytes` is 0 on failure.
+    /// As the form with an id; `bytes` is 0 on failure.
     int getMemoryUsage(unsigned long long& bytes) const;
 
     /// Gets the process id of the parent of a process.
