@@ -23,11 +23,12 @@
 /// slashes by every operation here.
 class PORTINGLAYER_EXPORT PFile {
 public:
-    static constexpr unsigned int OPEN_READ = 1;         ///< read access
-    static constexpr unsigned int OPEN_WRITE = 2;        ///< write access
-    static constexpr unsigned int OPEN_APPEND = 4;       ///< every write goes to the end
-    static constexpr unsigned int OPEN_TRUNCATE = 8;     ///< the content is dropped
-    static constexpr unsigned int OPEN_CREATE = 16;      ///< a missing file is created, mode 0644
+    static constexpr unsigned int OPEN_READ = 1;      ///< read access
+    static constexpr unsigned int OPEN_WRITE = 2;     ///< write access
+    static constexpr unsigned int OPEN_APPEND = 4;    ///< every write goes to the end
+    static constexpr unsigned int OPEN_TRUNCATE = 8;  ///< the content is dropped
+    static constexpr unsigned int OPEN_CREATE =
+        16;  ///< a missing file is created, mode 0644 less the mask
     static constexpr unsigned int OPEN_SAFE_WRITE = 32;  ///< safe writing; stands alone
 
     /// A closed handle.
@@ -51,7 +52,8 @@ public:
     ///
     /// OPEN_SAFE_WRITE alone, with `share` 0, writes a new file beside the named one, called NAME
     /// ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked; `pclose` moves
-    /// it over NAME. Until then NAME keeps its content, whatever happens to this process.
+    /// it over NAME. Until then NAME keeps its content, whatever happens to this process; one that
+    /// ends before, or is refused the lock, leaves the sibling behind.
     /// @param name   the file; not empty
     /// @param flags  OPEN_ bits
     /// @param share  0 takes the lock, any other value does without
@@ -64,6 +66,8 @@ public:
     ///                                refused the lock for another reason than the next: half open
     /// @return PERR_LOCKED            another handle holds the lock; half open, call `pclose`
     /// @return PERR_NO_MEMORY         the name could not be copied or composed; still closed
+    ///
+    /// Blocks: not for the lock; a named pipe waits for its other end.
     ///
     /// @warning With OPEN_TRUNCATE the content is gone before the lock is asked for; open without
     ///          it where another holder may be at work.
@@ -228,9 +232,10 @@ public:
     /// The walk stops at the first thing that cannot be removed; what went before stays removed. It
     /// holds one descriptor per level of the tree.
     /// @return PERR_OK
-    /// @return PERR_DIR_NOT_FOUND     `path` is empty or does not exist; or the tree holds a
-    ///                                dangling link, or a loop of links, where the walk stopped
-    /// @return PERR_INVALID_ARGUMENT  `path` is not a directory
+    /// @return PERR_DIR_NOT_FOUND     `path` is empty or does not exist; or the walk stopped at
+    ///                                something that cannot be looked at: a dangling link, a loop
+    ///                                of links, a name with a backslash in it
+    /// @return PERR_INVALID_ARGUMENT  `path`, or meanwhile something below it, is not a directory
     /// @return PERR_DELETE            a file, or a directory that could not be emptied (unreadable,
     ///                                or filled again by others), could not be removed
     /// @return PERR_NO_SUCH_FILE      something vanished while it was being removed

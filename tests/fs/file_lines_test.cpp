@@ -1,3 +1,5 @@
+#include <clocale>
+#include <memory>
 #include <random>
 #include <sstream>
 
@@ -39,6 +41,26 @@ TEST(FileLines, ComeAsTheModelSays) {
         ASSERT_EQ(result, PERR_END_OF_FILE);
         ASSERT_EQ(lines, _model(content)) << "seed 4711, round " << round;
     }
+}
+
+TEST(FileLines, AreWrittenAsTheirMultibyteText) {
+    Scratch scratch;
+    std::mt19937 random(42);
+    wchar_t const signs[] = L"azAZ09 ~}{|\\/\x7f\x1f\u00e9\u20ac\U0001f600";
+    std::string expected;
+    PFile file;
+    ASSERT_EQ(file.popen(scratch.wpath("f").c_str(), 18, 1), PERR_OK);
+    for (int round = 0; round < 4000; ++round) {
+        ASSERT_NE(std::setlocale(LC_CTYPE, round % 2 == 0 ? "C.UTF-8" : "C"), nullptr);
+        std::wstring line;
+        for (auto left = random() % 40 * (round % 50 == 0 ? 20 : 1); left > 0; --left)
+            line += signs[random() % (round % 3 == 0 ? 18 : 11)];
+        std::unique_ptr<char[]> const narrow(PLiteral(line.c_str()).ascii());
+        expected += std::string(narrow ? narrow.get() : "") + "\n";
+        ASSERT_EQ(file.pwriteLine(line.c_str()), PERR_OK);
+    }
+    std::setlocale(LC_CTYPE, "C");
+    EXPECT_TRUE(scratch.read("f") == expected) << "seed 42";
 }
 
 TEST(FileLines, AreWrittenWithALineFeedAndLostFromAPipe) {

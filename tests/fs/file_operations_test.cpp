@@ -86,7 +86,7 @@ TEST(RemoveAll, GivesItsCodes) {
     EXPECT_EQ(_removeAll(scratch, "odd"), PERR_DIR_NOT_FOUND) << "likewise, below";
     EXPECT_EQ(_removeAll(scratch, "dangling"), PERR_DIR_NOT_FOUND);
     EXPECT_EQ(_removeAll(scratch, "loop"), PERR_DIR_NOT_FOUND) << "too many links in a path";
-    EXPECT_EQ(PFile::removeAll(L"/dev/null"), PERR_INVALID_ARGUMENT);
+    EXPECT_EQ(PFile::removeAll(L"/dev/null/"), PERR_INVALID_ARGUMENT) << "less its slash";
 }
 
 TEST(RemoveAll, TriesAnUnreadableFolderAllTheSame) {
