@@ -110,8 +110,7 @@ int _sampleProcessor(std::FILE* stream, char const* key, ProcessorTimes& times) 
         std::size_t const got = std::fread(block, 1, PROCESSOR_BLOCK_BYTES, stream);
         block[got] = '\0';
         found = std::strstr(block, key);
-        if (found == nullptr && (std::feof(stream) != 0 || std::ferror(stream) != 0))
-            return PERR_SYSTEM;
+        if (found == nullptr && got < PROCESSOR_BLOCK_BYTES) return PERR_SYSTEM;  // end or error
     }
 
     char const* const numbers = std::strchr(found, ' ');

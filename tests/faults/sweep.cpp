@@ -36,4 +36,5 @@ void sweep(char const* name, Codes const& codes, Scenario const& scenario) {
         if (testing::Test::HasFailure()) return;
     }
     std::printf("%-40s | %5d points\n", name, points);
+    (void)std::fflush(stdout);  // a child that ends through exit would print it again
 }
