@@ -164,7 +164,6 @@ public:
 private:
     friend class PDataFormaterUtils;
 
-    unsigned long left() const;
     template <typename Integer>
     int get(Integer& value);
     int getTagged(unsigned char tag, unsigned int& value);

@@ -310,6 +310,9 @@ public:
     /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null or
     ///         `n` is 0 (then `outLen` is 0), or when no memory is left
     static wchar_t* dupPtr(wchar_t const* s, unsigned long n, unsigned long& outLen);
+
+private:
+    friend struct AdoptedText;  // within the library: takes a finished buffer over
 };
 
 /// Static conversions between text and values, formatting and parsing helpers; no instances.

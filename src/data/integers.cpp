@@ -46,15 +46,9 @@ PDataReader::PDataReader(std::vector<unsigned char> const& bytes) : data(bytes) 
 
 PDataReader::~PDataReader() = default;
 
-/// Bytes from the position to the end. Compared with what is wanted, so that no sum of a position
-/// and a length from a stream can wrap.
-unsigned long PDataReader::left() const {
-    return offset < data.size() ? data.size() - offset : 0;
-}
-
 template <typename Integer>
 int PDataReader::get(Integer& value) {
-    if (left() < sizeof value) return PERR_DATA_SHORT;
+    if (_left(data, offset) < sizeof value) return PERR_DATA_SHORT;
     value = _load<Integer>(data.data() + offset);
     offset += sizeof value;
     return PERR_OK;

@@ -6,7 +6,7 @@
 
 /// Reads a marker and the 4 bytes behind it; consumes nothing unless both are there.
 int PDataReader::getTagged(unsigned char tag, unsigned int& value) {
-    if (left() < TAGGED_BYTES) return PERR_DATA_SHORT;
+    if (_left(data, offset) < TAGGED_BYTES) return PERR_DATA_SHORT;
     unsigned char const* const item = data.data() + offset;
     if (item[0] != tag) return PERR_DATA_MARKER;
     value = _load<unsigned int>(item + 1);

@@ -4,36 +4,48 @@
 #include <portinglayer/data_streams.h>
 
 #include "data/wire.h"
+#include "text/adopted_text.h"
 #include "text/multibyte.h"
 
 namespace {
 
-constexpr std::size_t SHORT_PAYLOAD = 256;  // bytes converted on the stack
+constexpr std::size_t SHORT_PAYLOAD = 256;  // bytes that are copied to the stack
 
-/// Converts `count` bytes to text with work buffers that have room for `count` elements and an end.
-/// The copy ends with a zero byte, so that a character cut by the payload's end is not completed
-/// from what follows it in the stream.
-int _convert(unsigned char const* payload, std::size_t count, char* copy, wchar_t* wide,
-             PString& text) {
-    memcpy(copy, payload, count);
-    copy[count] = '\0';
-    std::size_t const converted = _widen(wide, copy, count);
-    if (converted == 0 || converted == MULTIBYTE_FAILED) return PERR_DATA_DECODE;
-    wide[converted] = L'\0';
-    return text.set(wide, converted);
-}
+/// A copy of a payload that ends with a zero byte, so that a character cut by the payload's end is
+/// not completed from what follows it in the stream.
+class TerminatedPayload {
+public:
+    TerminatedPayload(unsigned char const* payload, std::size_t count) {
+        if (count >= SHORT_PAYLOAD) longCopy.reset(new (std::nothrow) char[count + 1]);
+        copy = count >= SHORT_PAYLOAD ? longCopy.get() : shortCopy;
+        if (copy == nullptr) return;
+        memcpy(copy, payload, count);
+        copy[count] = '\0';
+    }
+    TerminatedPayload(TerminatedPayload const&) = delete;
+    TerminatedPayload& operator=(TerminatedPayload const&) = delete;
 
+    char const* get() const { return copy; }  ///< null without memory for it
+
+private:
+    char* copy;
+    std::unique_ptr<char[]> longCopy;
+    char shortCopy[SHORT_PAYLOAD];
+};
+
+/// Converts straight into the buffer that `text` keeps, unless fewer characters come out of it.
 int _decode(unsigned char const* payload, std::size_t count, PString& text) {
     if (count == 0) return PERR_DATA_DECODE;
-    if (count <= SHORT_PAYLOAD) {
-        char copy[SHORT_PAYLOAD + 1];
-        wchar_t wide[SHORT_PAYLOAD + 1];
-        return _convert(payload, count, copy, wide, text);
-    }
-    std::unique_ptr<char[]> const copy(new (std::nothrow) char[count + 1]);
-    std::unique_ptr<wchar_t[]> const wide(new (std::nothrow) wchar_t[count + 1]);
-    if (!copy || !wide) return PERR_NO_MEMORY;
-    return _convert(payload, count, copy.get(), wide.get(), text);
+    TerminatedPayload const bytes(payload, count);
+    std::unique_ptr<wchar_t[]> wide(new (std::nothrow) wchar_t[count + 1]);
+    if (bytes.get() == nullptr || !wide) return PERR_NO_MEMORY;
+
+    std::size_t const converted = _widen(wide.get(), bytes.get(), count);
+    if (converted == 0 || converted == MULTIBYTE_FAILED) return PERR_DATA_DECODE;
+    wide[converted] = L'\0';
+    if (converted < count) return text.set(wide.get(), converted);
+    AdoptedText::give(text, std::move(wide), converted);
+    return PERR_OK;
 }
 
 /// Converts into `count` zero bytes: as many as the text has characters, on purpose. Streams have
@@ -78,9 +90,9 @@ int PDataReader::encodeUtf8(std::vector<unsigned char> const& bytes, PString& te
 }
 
 int PDataReader::readString(PString& text) {
-    if (left() == 0) return PERR_DATA_SHORT;
+    std::size_t const present = _left(data, offset);
+    if (present == 0) return PERR_DATA_SHORT;
     unsigned char const* const item = data.data() + offset;
-    unsigned long const present = left();
     ++offset;  // the marker stays consumed, also where it is the wrong one
     if (item[0] != STRING_TAG) return PERR_DATA_MARKER;
     if (present < 1 + TAGGED_BYTES) return PERR_DATA_SHORT;
@@ -88,7 +100,7 @@ int PDataReader::readString(PString& text) {
 
     auto const count = _load<unsigned int>(item + 2);
     offset += TAGGED_BYTES;
-    if (count > left()) return PERR_DATA_SHORT;
+    if (count > present - 1 - TAGGED_BYTES) return PERR_DATA_SHORT;
     offset += count;
     if (count > 0) return _decode(item + 1 + TAGGED_BYTES, count, text);
     text.clear();
@@ -100,7 +112,7 @@ int PDataReader::getElement(std::vector<PString>& list) {
     unsigned int count = 0;
     int const result = getTagged(TEXT_TAG, count);
     if (result != PERR_OK) return result;
-    if (count > left()) return PERR_DATA_SHORT;
+    if (count > _left(data, offset)) return PERR_DATA_SHORT;
 
     unsigned char const* const payload = data.data() + offset;
     offset += count;
@@ -116,13 +128,13 @@ int PDataReader::getElement(std::vector<PString>& list) {
 }
 
 int PDataReader::readStrings(std::vector<PString>& list) {
-    if (left() == 0) return PERR_DATA_SHORT;
+    if (_left(data, offset) == 0) return PERR_DATA_SHORT;
     unsigned char const marker = data[offset++];
     if (marker != STRING_LIST_TAG) return PERR_DATA_MARKER;
 
     unsigned int count = 0;
     if (getDword(count) != PERR_OK) return PERR_DATA_SHORT;
-    if (count == 0) return left() > 0 ? PERR_OK : PERR_DATA_SHORT;
+    if (count == 0) return _left(data, offset) > 0 ? PERR_OK : PERR_DATA_SHORT;
 
     int result = PERR_OK;
     for (unsigned int i = 0; i < count; ++i) {

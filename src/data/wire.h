@@ -41,6 +41,12 @@ void _store(unsigned char* to, Integer value) {
     memcpy(to, &value, sizeof value);
 }
 
+/// Bytes from a position to the end of the stream. What is wanted is compared with them, so that no
+/// sum of a position and a length from a stream can wrap.
+inline std::size_t _left(std::vector<unsigned char> const& bytes, std::size_t offset) {
+    return offset < bytes.size() ? bytes.size() - offset : 0;
+}
+
 /// Makes the vector longer by `count` zero bytes; returns the first of them, or null where there is
 /// no memory for them.
 inline unsigned char* _extend(std::vector<unsigned char>& bytes, std::size_t count) noexcept {

@@ -18,10 +18,18 @@ namespace {
 
 enum class Codeset { ASCII, UTF8, OTHER };
 
+/// Compares in place: this is asked for every text, however short.
+template <std::size_t SIZE>
+bool _is(char const* name, char const (&expected)[SIZE]) {
+    for (std::size_t i = 0; i < SIZE; ++i)
+        if (name[i] != expected[i]) return false;
+    return true;
+}
+
 Codeset _codeset() {
     char const* const name = nl_langinfo(CODESET);
-    if (strcmp(name, "UTF-8") == 0) return Codeset::UTF8;
-    if (strcmp(name, "ANSI_X3.4-1968") == 0) return Codeset::ASCII;
+    if (_is(name, "UTF-8")) return Codeset::UTF8;
+    if (_is(name, "ANSI_X3.4-1968")) return Codeset::ASCII;
     return Codeset::OTHER;
 }
 

@@ -74,6 +74,17 @@ TEST(Strings, ConversionsUseNothingOfTheirStream) {
     EXPECT_TRUE(text == L"a");
 }
 
+TEST(Strings, OfAnyLengthAreReadBack) {
+    for (std::size_t const length : {254, 255, 256, 257, 100000}) {
+        std::wstring const text(length, L'x');
+        Bytes data;
+        PString read(KEPT);
+        EXPECT_EQ(PDataWriter(data).writeString(PLiteral(text.c_str())), PERR_OK) << length;
+        EXPECT_EQ(PDataReader(data).readString(read), PERR_OK) << length;
+        EXPECT_TRUE(read == text.c_str()) << length;
+    }
+}
+
 TEST(Strings, FailedReadsStopInTimeAndLeaveThePositionThere) {
     struct {
         std::string data;
