@@ -267,6 +267,9 @@ public:
     /// A closed handle, ready for `popen`.
     PTempFile();
 
+    /// Closes the file as `PFile` does; it stays on disk.
+    ~PTempFile() override;
+
     /// Opens a file that did not exist a moment ago, called `prefix` followed by up to six digits.
     ///
     /// @param prefix  the first part of the name, folder included; nothing is put between it and

@@ -282,7 +282,8 @@ public:
     ///
     /// Children: reaps every ended child of the caller.
     static int getPath(unsigned int processId, PString& path);
-    /// As the form with an id; where the system does not tell, gives the executable that this object describes.
+    /// As the form with an id; where the system does not tell, gives the executable that this object
+    /// describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `path` is left alone
     int getPath(PString& path) const;
@@ -299,7 +300,8 @@ public:
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
     /// @return PERR_NO_MEMORY  memory ran out; `commandLine` holds what was joined so far
     static int getCmdLine(unsigned int processId, PString& commandLine);
-    /// As the form with an id; where the system does not tell, gives the arguments that this object describes.
+    /// As the form with an id; where the system does not tell, gives the arguments that this object
+    /// describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `commandLine` is left alone
     int getCmdLine(PString& commandLine) const;

@@ -38,6 +38,8 @@ bool _isFree(PString const& candidate) {
 PTempFile::PTempFile() : active(false) {
 }
 
+PTempFile::~PTempFile() = default;
+
 int PTempFile::popen(PLiteral const& prefix, unsigned int newFlags, unsigned int share) {
     if (active) return PERR_ALREADY_OPEN;
     if (prefix.len() == 0) return PERR_INVALID_ARGUMENT;

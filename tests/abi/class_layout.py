@@ -1,6 +1,7 @@
 """Prints the layout of the library's classes, one fact a line. Run by gdb on INSTANCE, a shared
 object with debug information that includes every header and instantiates the templates; the virtual
 tables of the others are read from LIBRARY, as callers meet them."""
+import collections
 import glob
 import re
 import subprocess
@@ -12,18 +13,25 @@ def lines(*command):
 
 def slots(path):
     """The virtual operations of each class in the order of its table, after the type information."""
-    code, tables, targets = {}, {}, {}
+    code, tables, targets = collections.defaultdict(set), {}, {}
     for line in lines("nm", "-SC", path):
-        symbol = re.match(r"(\w{16}) (\w{16}) ([tTwWV]) (.*)", line)
-        if symbol and symbol.group(4).startswith("vtable for P"):
-            tables[symbol.group(4)[11:]] = [int(n, 16) for n in symbol.groups()[:2]]
+        symbol = re.match(r"(\w{16}) (\w{16}) [a-zA-Z] (vtable for )?(.*?)(?: \[clone .*)?$", line)
+        if symbol and symbol.group(3):
+            tables[symbol.group(4)] = [int(n, 16) for n in symbol.groups()[:2]]
         elif symbol:
-            code[int(symbol.group(1), 16)] = symbol.group(4).removesuffix(" [clone .localalias]")
+            code[int(symbol.group(1), 16)].add(symbol.group(4))
     for line in lines("readelf", "-rW", path):
         moved = re.match(r"(\w{16}) +\w+ R_X86_64_RELATIVE +(\w+)", line)
         if moved:
             targets[int(moved.group(1), 16)] = int(moved.group(2), 16)
-    return {name: [code.get(targets.get(place), "pure") for place in range(at + 16, at + size, 8)]
+
+    def operation(name, place):
+        """Operations with the same instructions share an address: the class's own is meant."""
+        found = sorted(code[targets.get(place)])
+        own = [candidate for candidate in found if candidate.startswith(name + "::")]
+        return (own or found or ["pure"])[0]
+
+    return {name: [operation(name, place) for place in range(at + 16, at + size, 8)]
             for name, (at, size) in tables.items()}
 
 
