@@ -256,7 +256,7 @@ int PProcess::getSpecCPUUsage(unsigned int cpu, unsigned int& percent) {
     if (std::snprintf(key, sizeof key, "cpu%u", cpu) < 0) return PERR_SYSTEM;
     ProcStream const stream = _openProcStream(COUNTERS);
     if (stream == nullptr) return PERR_OPEN;
-    // Unbuffered, so that the second sample comes from the system and not from what was read before.
+    // Unbuffered: blocks are read straight into the searched one, and none is kept between samples.
     (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0);
 
     ProcessorTimes before = {};
