@@ -22,24 +22,25 @@
 /// time. The static operations share nothing and may run on any thread.
 ///
 /// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, both
-/// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first collect
-/// the exit status of *every* ended child of the calling process (those of its process group), also
-/// of children that other code started. Whoever needs an exit code calls `waitExitCode` before
-/// anything of that list runs on any thread: a thread of its own that waits for the child is the
-/// safe way.
+/// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first
+/// collect the exit status of *every* ended child of the calling process (those of its process
+/// group), also of children that other code started. Whoever needs an exit code calls
+/// `waitExitCode` before anything of that list runs on any thread: a thread of its own that waits
+/// for the child is the safe way.
 /// The other queries do not reap: `getCmdLine`, `getWorkingDir`, `getPriority`, `getEnvironment`,
 /// `getMemoryUsage`, `getParentPID`, `getUserName` and the measurements of load.
 ///
-/// **Process ids 0 and 4294967295.** The system reads 0 as "every process of the caller's group" and
-/// 4294967295 (-1) as "every process that the caller may signal", the caller and its session
-/// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand an
-/// id to the system as it comes; `killTree(0)` also ends all children of process 1. The instance
-/// `kill()` never signals either, because no process runs under these ids. Ids that a query gives are
-/// never one of them; the id of an object whose `fork` failed is 4294967295, so take ids from `getPID`.
+/// **Process ids 0 and 4294967295.** The system reads 0 as "every process of the caller's group"
+/// and 4294967295 (-1) as "every process that the caller may signal", the caller and its session
+/// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand
+/// an id to the system as it comes; `killTree(0)` also ends all children of process 1. The instance
+/// `kill()` never signals either, because no process runs under these ids. Ids that a query gives
+/// are never one of them; the id of an object whose `fork` failed is 4294967295, so take ids from
+/// `getPID`.
 ///
 /// **Text.** Text from the system is converted under the locale of the process. Where an operation
-/// gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero characters
-/// fill the rest behind the terminator, so measure such text with `wcslen`.
+/// gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
+/// characters fill the rest behind the terminator, so measure such text with `wcslen`.
 class PORTINGLAYER_EXPORT PProcess {
 public:
     /// @name Describing a program
@@ -47,11 +48,11 @@ public:
 
     /// Describes a program that inherits folder and environment of the calling process.
     ///
-    /// Nothing is started. When memory runs out while a text or the environment is copied, the object
-    /// keeps no executable, so that `start()` gives PERR_NOT_FOUND instead of running half of what was
-    /// asked for. Nothing is thrown.
-    /// @param executable  path, or bare name that is looked up along PATH; stored without white space
-    ///                    at both ends and with every backslash turned into a slash
+    /// Nothing is started. When memory runs out while a text or the environment is copied, the
+    /// object keeps no executable, so that `start()` gives PERR_NOT_FOUND instead of running half
+    /// of what was asked for. Nothing is thrown.
+    /// @param executable  path, or bare name that is looked up along PATH; stored without white
+    ///                    space at both ends and with every backslash turned into a slash
     /// @param arguments   all arguments, separated by single spaces, see `start()`; stored without
     ///                    white space at both ends
     PProcess(PLiteral const& executable, PLiteral const& arguments);
@@ -64,8 +65,8 @@ public:
 
     /// As above, with an environment instead of a folder.
     ///
-    /// @param environment  entries NAME=VALUE, copied; the child keeps what it inherits, and these add
-    ///                     to it or override it
+    /// @param environment  entries NAME=VALUE, copied; the child keeps what it inherits, and these
+    ///                     add to it or override it
     PProcess(PLiteral const& executable, PLiteral const& arguments,
              std::vector<PString> const& environment);
 
@@ -91,20 +92,23 @@ public:
     /// streams. It changes to the folder, sets the environment entries in their order (an entry
     /// without `=` is skipped, the value begins behind the first `=`), then runs the program.
     /// The arguments are split at every single space; quotes mean nothing.
-    /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a". Write
-    ///          one space between arguments.
+    /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a".
+    ///          Write one space between arguments.
     /// @warning PERR_OK does not say that the program runs. A failed fork gives PERR_OK as well and
-    ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use no
-    ///          waiting operation of such an object, as these would take any child of the caller. A
+    ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use
+    ///          no waiting operation of such an object, as these take any child of the caller; so
+    ///          does, without waiting, what clears the id, the destructor included. A
     ///          program that could not be run ends its child with an exit code that `waitExitCode`
     ///          gives: the system's error number (2 for a missing program, 14 for a name that the
     ///          locale cannot express), or 139 for a folder that could not be entered.
     /// @warning The child converts text and allocates before it becomes the program. When other
-    ///          threads of the caller may hold a lock at the time of the fork, that of the allocator
-    ///          included where it does not guard itself against forks, the child can block forever.
+    ///          threads of the caller may hold a lock at the time of the fork, that of the
+    ///          allocator included where it does not guard itself against forks, the child can
+    ///          block forever.
     /// @warning A child that cannot become the program leaves with `exit`, which runs the exit
     ///          handlers of the caller and flushes its streams once more: flush before.
-    /// @return PERR_OK               in the parent: the child was forked, or the fork failed (above)
+    /// @return PERR_OK               in the parent: the child was forked, or the fork failed
+    ///                               (above)
     /// @return PERR_PROCESS_RUNNING  the child of this object still runs; nothing changed
     /// @return PERR_NOT_FOUND        there is no executable; the process id is 0
     /// @return PERR_NO_MEMORY        returned *in the child* when its arguments could not be
@@ -121,8 +125,8 @@ public:
     /// @return PERR_NOT_FOUND   `executable` is empty, or memory ran out for the description
     /// @return PERR_NO_MEMORY   no object could be allocated; also returned in the child, see above
     /// @return PERR_NO_PROCESS  the child could not be forked or has ended already
-    /// @warning A program that ends at once gives PERR_NO_PROCESS although it ran, and its exit code
-    ///          is lost: keep a `PProcess` object where the exit code matters.
+    /// @warning A program that ends at once gives PERR_NO_PROCESS although it ran, and its exit
+    ///          code is lost: keep a `PProcess` object where the exit code matters.
     ///
     /// Children: starts one; reaps every ended child of the caller.
     static int start(PLiteral const& executable, PLiteral const& arguments,
@@ -185,8 +189,8 @@ public:
     /// @param[out] exitCode  0 to 255 as the child gave it, or minus the number of the signal that
     ///                       ended it (-9 after SIGKILL); -1 on failure
     /// @return PERR_OK
-    /// @return PERR_NO_PROCESS  no child was started, or its exit code was taken already, here or by an
-    ///                          operation that reaps
+    /// @return PERR_NO_PROCESS  no child was started, or its exit code was taken already, here or
+    ///                          by an operation that reaps
     /// @return PERR_STOPPED     a traced child has stopped rather than ended
     /// @return PERR_SYSTEM      the system refused to wait, or a signal interrupted the wait
     ///
@@ -195,8 +199,8 @@ public:
 
     /// Waits until a process ends, for about a time.
     ///
-    /// It looks at the process between sleeps of a tenth of the time, a second at least. A wait below
-    /// 1000 milliseconds does not sleep at all.
+    /// It looks at the process between sleeps of a tenth of the time, a second at least. A wait
+    /// below 1000 milliseconds does not sleep at all.
     /// @param timeoutMs  milliseconds
     /// @return true if the process still runs, false if it has ended
     ///
@@ -205,27 +209,28 @@ public:
     /// As the form with an id, for the child of this object; false when there is none.
     ///
     /// @warning It takes the exit code of the child, so `waitExitCode` gives PERR_NO_PROCESS
-    ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on a
-    ///          thread and wait for that thread's answer on a `PConditionalVar`.
+    ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on
+    ///          a thread and wait for that thread's answer on a `PConditionalVar`.
     bool waitFinish(unsigned int timeoutMs);
 
     /// @}
     /// @name Ending
     /// @{
 
-    /// Sends a signal to a process, then sleeps a second and reaps the process if it is a child that
-    /// has ended.
+    /// Sends a signal to a process, then sleeps a second and reaps the process if it is a child
+    /// that has ended.
     ///
-    /// @warning Process id 0 signals the caller's whole process group, 4294967295 every process that
-    ///          the caller may signal: check ids that come from elsewhere.
+    /// @warning Process id 0 signals the caller's whole process group, 4294967295 every process
+    ///          that the caller may signal: check ids that come from elsewhere.
     /// @return PERR_OK
-    /// @return PERR_KILL  there is no such process, no permission or no such signal; returned at once
+    /// @return PERR_KILL  there is no such process, no permission or no such signal; returned at
+    ///                    once
     ///
     /// Blocks: one second on success. Children: reaps this one.
     static int killSignal(unsigned int processId, int signal);
 
-    /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of 0
-    /// and 4294967295.
+    /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of
+    /// 0 and 4294967295.
     static int kill(unsigned int processId);
 
     /// Ends the child of this object with SIGKILL if it runs, and forgets it in every case.
@@ -243,14 +248,15 @@ public:
     /// Each gets SIGTERM, up to two seconds to end, and then SIGKILL. The tree is read once at the
     /// start: processes that are started later are not found.
     /// @warning Process id 0 signals the caller's group and ends all children of process 1,
-    ///          4294967295 signals every process that the caller may signal. Never pass an unchecked
-    ///          id.
+    ///          4294967295 signals every process that the caller may signal. Never pass an
+    ///          unchecked id.
     /// @return PERR_OK
-    /// @return PERR_KILL       a signal could not be sent, such as to a process that ended in between;
-    ///                         every process of the tree was tried
+    /// @return PERR_KILL       a signal could not be sent, such as to a process that ended in
+    ///                         between; every process of the tree was tried
     /// @return PERR_NO_MEMORY  the tree could not be listed; no process was signalled
     ///
-    /// Blocks: one to four seconds for each process. Children: reaps every ended child of the caller.
+    /// Blocks: one to four seconds for each process. Children: reaps every ended child of the
+    /// caller.
     static int killTree(unsigned int processId);
 
     /// @}
@@ -271,13 +277,13 @@ public:
     /// @return PERR_NO_PROCESS  no child was started; `name` is left alone
     int getName(PString& name) const;
 
-    /// Gets the path of the program that a process runs, at most 512 bytes of it, without white space
-    /// at both ends and with backslashes turned into slashes.
+    /// Gets the path of the program that a process runs, at most 512 bytes of it, without white
+    /// space at both ends and with backslashes turned into slashes.
     ///
     /// @param[out] path  left alone on failure, but empty on PERR_NO_MEMORY
     /// @return PERR_OK
-    /// @return PERR_NOT_FOUND  there is no such process, it has no program (a kernel thread, a zombie),
-    ///                         or the caller may not see it
+    /// @return PERR_NOT_FOUND  there is no such process, it has no program (a kernel thread, a
+    ///                         zombie), or the caller may not see it
     /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
     ///
     /// Children: reaps every ended child of the caller.
@@ -306,8 +312,8 @@ public:
     /// @return PERR_NO_PROCESS  no child was started; `commandLine` is left alone
     int getCmdLine(PString& commandLine) const;
 
-    /// Gets the current folder of a process, at most 512 bytes of it, without white space at both ends
-    /// and with backslashes turned into slashes.
+    /// Gets the current folder of a process, at most 512 bytes of it, without white space at both
+    /// ends and with backslashes turned into slashes.
     ///
     /// @param[out] dir  left alone on failure, but empty on PERR_NO_MEMORY
     /// @return PERR_OK
@@ -330,11 +336,11 @@ public:
 
     /// Gets the environment with which a process was started, as entries NAME=VALUE.
     ///
-    /// Later changes that the process made to its own environment do not show. Bytes behind the last
-    /// terminator are dropped, and so are bytes that the locale cannot convert. `len()` of an entry
-    /// counts characters.
-    /// @warning The environment is read in blocks of 128 bytes. A multibyte character that lies across
-    ///          two blocks is dropped.
+    /// Later changes that the process made to its own environment do not show. Bytes behind the
+    /// last terminator are dropped, and so are bytes that the locale cannot convert. `len()` of an
+    /// entry counts characters.
+    /// @warning The environment is read in blocks of 128 bytes. A multibyte character that lies
+    ///          across two blocks is dropped.
     /// @param[out] environment  cleared first
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its environment
@@ -363,15 +369,16 @@ public:
 
     /// Gets the name of the user whom a process belongs to.
     ///
-    /// @warning On Linux the answer is "root" for every process whose name does not hold "uid". Do not
-    ///          decide on rights by it.
+    /// @warning On Linux the answer is "root" for every process whose name does not hold "uid". Do
+    ///          not decide on rights by it.
     /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the same)
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
     /// @return PERR_NO_MEMORY  memory ran out
     static int getUserName(unsigned int const& processId, PString& name);
 
-    /// Gets the memory of the machine that is free or used only for buffers and cached files, in bytes.
+    /// Gets the memory of the machine that is free or used only for buffers and cached files, in
+    /// bytes.
     ///
     /// @param[out] bytes  0 on failure; what the system does not report counts as 0
     /// @return PERR_OK
@@ -399,19 +406,19 @@ public:
     /// Blocks: one second.
     static int getCPUUsage(unsigned int& percent);
 
-    /// Measures the load of one process, as a share of all processors together: a process that keeps
-    /// one of four processors busy reads about 25.
+    /// Measures the load of one process, as a share of all processors together: a process that
+    /// keeps one of four processors busy reads about 25.
     ///
-    /// The pause is 400 milliseconds, or what the environment variable TALV_PROC_SAMPLE_TIME_MS said
-    /// (milliseconds, not 0) when it was read for the first time in this process.
+    /// The pause is 400 milliseconds, or what the environment variable TALV_PROC_SAMPLE_TIME_MS
+    /// said (milliseconds, not 0) when it was read for the first time in this process.
     /// @param[out] percent  0 on failure
     /// @return PERR_OK
-    /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read, such
-    ///                           as for a process with a space in its name
+    /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read,
+    ///                           such as for a process with a space in its name
     /// @return PERR_NO_SUCH_FILE  there is no such process
     /// @return PERR_OPEN         the system's counters cannot be opened
-    /// @return PERR_READ         the system's counters cannot be read, such as those of a process that
-    ///                           ended meanwhile
+    /// @return PERR_READ         the system's counters cannot be read, such as those of a process
+    ///                           that ended meanwhile
     /// @return PERR_END_OF_FILE  the system's counters are empty
     /// @return PERR_SEEK         the system's counters cannot be read again
     /// @return PERR_NO_MEMORY    no memory for the names of the counters
@@ -457,11 +464,12 @@ public:
 
     /// Finds processes by the name of their program, whole and without regard to case.
     ///
-    /// Folders in front of the name are ignored. The system cuts names to 15 bytes: for a given text of
-    /// 15 characters or more, folders counted, a process with a name of 15 characters is compared by
-    /// the last part of the path it was started with.
+    /// Folders in front of the name are ignored. The system cuts names to 15 bytes: for a given
+    /// text of 15 characters or more, folders counted, a process with a name of 15 characters is
+    /// compared by the last part of the path it was started with.
     /// @param[out] pids        emptied first
-    /// @param[out] parentPids  emptied first; the parent of each process in `pids`, in the same place
+    /// @param[out] parentPids  emptied first; the parent of each process in `pids`, in the same
+    ///                         place
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  no process has this name, or the system's list cannot be opened
     /// @return PERR_NO_MEMORY  memory ran out; what was found so far stays

@@ -15,8 +15,8 @@
 #include "process/proc_files.h"
 
 // Three measurements stand here side by side: the machine, a process, a processor. They differ in
-// what they read, how long they pause and how they cut, and callers compare their results with earlier
-// ones, so each keeps its own way.
+// what they read, how long they pause and how they cut, and callers compare their results with
+// earlier ones, so each keeps its own way.
 
 namespace {
 
@@ -239,7 +239,8 @@ int PProcess::getCPUUsage(unsigned int& percent) {
     cpu_stat const d = _movement(before, _sampleMachine(stream.get()));
 
     auto const total = std::max(static_cast<long long>(_sum(d)), 1LL);
-    // In 32 bits, as callers have it: it wraps for a machine that was suspended between the samples.
+    // In 32 bits, as callers have it: it wraps for a machine that was suspended between the
+    // samples.
     unsigned int const busy = static_cast<unsigned int>(d.user + d.system + d.nice) * 100;
     percent = static_cast<unsigned int>(static_cast<long long>(busy) / total);
     return PERR_OK;

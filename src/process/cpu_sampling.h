@@ -81,8 +81,8 @@ PORTINGLAYER_EXPORT int _readProcStat(PFile& file, unsigned int pid, proc_stat* 
 /// @param[out] record  cleared first
 /// @return PERR_OK
 /// @return PERR_INVALID_ARGUMENT  `record` is null
-/// @return PERR_NOT_OPEN, PERR_READ, PERR_END_OF_FILE  from the read; the last one where no block holds
-///         the line
+/// @return PERR_NOT_OPEN, PERR_READ, PERR_END_OF_FILE  from the read; the last one where no block
+///         holds the line
 PORTINGLAYER_EXPORT int _readCpuStat(PFile& file, cpu_stat* record);
 
 /// The pause between two samples of a process in milliseconds, read once from the environment.

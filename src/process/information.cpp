@@ -33,8 +33,8 @@ int _readLink(char const* link, PString& out) {
     return PUtils::fixFileSeparator(out);
 }
 
-/// Joins the arguments of a command line. The index at which an argument starts runs on from one chunk
-/// to the next: callers know that only the first chunk is cut in the right places.
+/// Joins the arguments of a command line. The index at which an argument starts runs on from one
+/// chunk to the next: callers know that only the first chunk is cut in the right places.
 class CommandLineJoiner {
 public:
     explicit CommandLineJoiner(PString& commandLine) : whole(commandLine) {}
@@ -78,8 +78,8 @@ std::size_t _asciiRun(char const* text) {
     return static_cast<std::size_t>(end - text);
 }
 
-/// Takes a terminated block apart at its zero bytes. Plain runs are converted at once, any other byte
-/// alone: it is dropped where no character begins.
+/// Takes a terminated block apart at its zero bytes. Plain runs are converted at once, any other
+/// byte alone: it is dropped where no character begins.
 int _addBlock(char const* block, std::size_t bytes, PString& current,
               std::vector<PString>& entries) {
     for (char const* at = block; at < block + bytes;) {
@@ -89,8 +89,7 @@ int _addBlock(char const* block, std::size_t bytes, PString& current,
         } else if (*at != '\0') {
             (void)current.cat(at, 1);
         } else {
-            entries.push_back(std::move(current));
-            current.clear();
+            entries.push_back(std::exchange(current, PString()));
         }
         at += std::max<std::size_t>(run, 1);
     }
@@ -111,8 +110,8 @@ int _unreadable(int result) {
     return result == PERR_NO_MEMORY ? result : PERR_NOT_FOUND;
 }
 
-/// The key that is searched for is written "Uid:" by this system, so nearly every process is root's;
-/// callers rely on the answer.
+/// The key that is searched for is written "Uid:" by this system, so nearly every process is
+/// root's; callers rely on the answer.
 int _readUserId(unsigned int processId, int& userId) {
     PString path;
     PFile file;

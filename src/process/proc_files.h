@@ -59,8 +59,8 @@ private:
 /// Whether a line begins with a key.
 bool _startsWith(char const* line, char const* key);
 
-/// Reads the whole number that follows the key of a line such as "VmRSS:     1000 kB"; `value` is left
-/// alone without one.
+/// Reads the whole number that follows the key of a line such as "VmRSS:     1000 kB"; `value` is
+/// left alone without one.
 void _readNumber(char const* line, unsigned int& value);
 
 /// Reads the name of a "Name:" line without the white space around it.
