@@ -1,6 +1,5 @@
 /// PUtils: text to and from numbers, booleans, hexadecimal digits and bytes.
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cwchar>
 #include <memory>
@@ -55,13 +54,36 @@ int _strToNumber(PLiteral const& s, wchar_t const* format, T& out) {
     return swscanf(text, format, &out) == 1 ? PERR_OK : PERR_BAD_FORMAT;
 }
 
+/// The digits of 0 to 99: a number is written two digits a step.
+struct DigitPairs {
+    constexpr DigitPairs() {
+        for (int i = 0; i < 100; ++i) {
+            of[i][0] = L'0' + i / 10;
+            of[i][1] = L'0' + i % 10;
+        }
+    }
+    wchar_t of[100][2] = {};
+};
+constexpr DigitPairs PAIRS;
+
+/// Writes digits backwards from `end`, straight in wide characters; gives the first one.
+template <typename Unsigned>
+wchar_t* _writeDigits(Unsigned v, wchar_t* end) {
+    for (; v >= 100; v /= 100) end = std::copy_n(PAIRS.of[v % 100], 2, end - 2) - 2;
+    if (v >= 10) return std::copy_n(PAIRS.of[v], 2, end - 2) - 2;
+    *--end = L'0' + static_cast<wchar_t>(v);
+    return end;
+}
+
 template <typename T>
 int _numberToStr(T v, PString& out) {
-    char digits[LONGEST_NUMBER];
-    auto const count = std::to_chars(digits, digits + LONGEST_NUMBER, v).ptr - digits;
     wchar_t text[LONGEST_NUMBER + 1];
-    *std::copy_n(digits, count, text) = L'\0';
-    return _assign(out, text);
+    wchar_t* const end = text + LONGEST_NUMBER;
+    *end = L'\0';
+    auto const size = static_cast<std::make_unsigned_t<T>>(v);
+    wchar_t* first = _writeDigits(v < 0 ? 0 - size : size, end);
+    if (v < 0) *--first = L'-';
+    return _assign(out, first);
 }
 
 int _hexDigit(wchar_t c) {

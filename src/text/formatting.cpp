@@ -46,6 +46,24 @@ int _setTrimmed(PString& out, wchar_t const* s, unsigned long n) {
     return result == PERR_OK ? out.trim() : result;
 }
 
+/// Formats on the stack; whatever does not end well there is done again with all the room there is,
+/// on a ground of zeros: it gives the text cut by the limit, or what stands before a conversion that
+/// fails. The output is assigned last, so that arguments may point into its former text.
+int _format(PString& out, wchar_t const* format, unsigned long length, va_list args) {
+    wchar_t shortText[SHORT_TEXT];
+    if (_formatShort(shortText, format, args)) return _assign(out, shortText);
+
+    unsigned long const limit =
+        (length == P_WHOLE_STRING ? std::wcslen(format) : length) + HEADROOM;
+    std::unique_ptr<wchar_t[]> const buffer(new (std::nothrow) wchar_t[limit + 1]());
+    if (!buffer) {
+        out.clear();
+        return PERR_NO_MEMORY;
+    }
+    (void)std::vswprintf(buffer.get(), limit, format, args);  // longer text is cut on purpose
+    return _assign(out, buffer.get());
+}
+
 /// Sets an element from its argument; the first one becomes a pair unless it is one already.
 int _setArgument(PString& element, char const* argument, bool first, wchar_t sep) {
     PString text(argument, P_WHOLE_STRING);
@@ -64,25 +82,15 @@ int _setArgument(PString& element, char const* argument, bool first, wchar_t sep
 }  // namespace
 
 int PUtils::vformatString(PString& out, PLiteral const& format, va_list args) {
-    PString const old(
-        std::move(out));  // cleared now, freed at the end: arguments may point into it
-    wchar_t const* const text = format.ptr() != nullptr ? format.ptr() : L"";
-    wchar_t shortText[SHORT_TEXT];
-    if (_formatShort(shortText, text, args)) return _assign(out, shortText);
-
-    // Whatever did not end well is done again with all the room there is, on a ground of zeros: the
-    // text cut by the limit, or what stood before the conversion that failed.
-    unsigned long const limit = format.len() + HEADROOM;
-    std::unique_ptr<wchar_t[]> const buffer(new (std::nothrow) wchar_t[limit + 1]());
-    if (!buffer) return PERR_NO_MEMORY;
-    (void)std::vswprintf(buffer.get(), limit, text, args);  // longer text is cut on purpose
-    return _assign(out, buffer.get());
+    bool const cleared = &format == &out || format.ptr() == nullptr;  // the output is emptied first
+    return cleared ? _assign(out, L"") : _format(out, format.ptr(), format.len(), args);
 }
 
 int PUtils::pformatString(PString& out, wchar_t const* format, ...) {
     va_list args;
     va_start(args, format);
-    int const result = vformatString(out, PLiteral(format), args);
+    int const result =
+        format == nullptr ? _assign(out, L"") : _format(out, format, P_WHOLE_STRING, args);
     va_end(args);
     return result;
 }
