@@ -98,12 +98,13 @@ int PUtils::pformatString(PString& out, wchar_t const* format, ...) {
 int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wchar_t sep) {
     unsigned long pos = 0;
     if (text.chr(sep, pos, false, false) != PERR_OK || pos >= text.len()) return PERR_NOT_FOUND;
-    wchar_t const* const whole = text.ptr();
-    unsigned long const rest = text.len() - pos - 1;
-    PString const old(std::move(key));  // kept to the end: the text may be the key itself
 
-    int const result = _setTrimmed(key, whole, pos);
-    return result == PERR_OK ? _setTrimmed(value, whole + pos + 1, rest) : result;
+    PString head;  // becomes the key at the end: the text may be the key itself
+    int result = _setTrimmed(head, text.ptr(), pos);
+    if (result == PERR_OK)
+        result = _setTrimmed(value, text.ptr() + pos + 1, text.len() - pos - 1);
+    key = std::move(head);
+    return result;
 }
 
 int PUtils::convertArgs(int argc, char** argv, PString*& out, unsigned long& outCount,
