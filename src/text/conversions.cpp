@@ -125,7 +125,7 @@ public:
 
     bool startsWithMark() const { return end - begin >= 2 && begin[0] == L'0' && begin[1] == L'x'; }
 
-    /// Takes the mark, the item and the comma behind it; false for an item of a wrong length. The
+    /// Takes the mark, the item and the comma behind it; false for an item that is too long. The
     /// comma is searched up to a zero character: without one the item is all that is left.
     bool take(wchar_t (&item)[ITEM_DIGITS + 1]) {
         begin += 2;
@@ -134,7 +134,7 @@ public:
         while (stop != begin + furthest && *stop != L',' && *stop != L'\0') ++stop;
         bool const comma = stop != end && *stop == L',';
         if (!comma) stop = end;
-        if (stop == begin || stop - begin > furthest) return false;
+        if (stop - begin > furthest) return false;
         *std::copy(begin, stop, item) = L'\0';
         begin = comma ? stop + 1 : end;
         return true;

@@ -20,15 +20,14 @@ std::wstring _onePass(wchar_t const* format, ...) {
 
 }  // namespace
 
-// Around the room on the stack and the limit of all room, and where conversions fail or cut.
+// Around the room on the stack and the limit of all room, and where a conversion fails.
 TEST(Formatting, GivesWhatOnePassWithFixedRoomGives) {
-    for (size_t length : {0UL, 254UL, 255UL, 256UL, 2049UL, 2050UL, 2051UL, 2052UL, 9000UL})
-        for (auto const* format : {L"%ls", L"%ls%d", L"a%ls%c", L"%ls%s", L"%ls%%%.1s|"}) {
+    for (size_t length : {0UL, 254UL, 255UL, 256UL, 2052UL, 2053UL, 2054UL, 9000UL})
+        for (char const* bytes : {"", "x", "\xff"}) {
             std::wstring const text(length, L'x');
-            char const* const last = format[4] == L's' ? "ok\xff" : "\0ok";
             PString out(L"old", P_WHOLE_STRING);
-            ASSERT_EQ(PUtils::pformatString(out, format, text.c_str(), last), PERR_OK);
-            ASSERT_EQ(out.ptr(), _onePass(format, text.c_str(), last)) << length << format;
+            ASSERT_EQ(PUtils::pformatString(out, L"%ls%s|", text.c_str(), bytes), PERR_OK);
+            ASSERT_EQ(out.ptr(), _onePass(L"%ls%s|", text.c_str(), bytes)) << length << bytes;
         }
     PString out;
     PUtils::pformatString(out, L"%3000d", 1);
@@ -64,21 +63,18 @@ TEST(KeyAndValue, AreSplitAtTheFirstSeparatorAndTrimmed) {
 TEST(Arguments, FirstBecomesAPairUnlessItIsOne) {
     char program[] = "/bin/x", pair[] = "p=q", bad[] = "\xff";
     char* rows[][2] = {{program, program}, {pair, bad}, {bad, nullptr}};
-    wchar_t const* const expected[][2] = {
-        {L"process.name=/bin/x", L"/bin/x"}, {L"p=q", L""}, {L"process.name=", L""}};
-    for (int row = 0; row < 3; ++row) {
-        PString* out = nullptr;
-        unsigned long count = 0;
-        ASSERT_EQ(PUtils::convertArgs(2, rows[row], out, count, L'='), PERR_OK);
-        EXPECT_TRUE(count == 2 && out[0] == expected[row][0] && out[1] == expected[row][1]) << row;
-        delete[] out;
-    }
+    PLiteral const expected[] = {L"process.name=/bin/x|/bin/x", L"p=q|", L"process.name=|"};
     PString* out = nullptr;
     unsigned long count = 7;
+    for (int row = 0; row < 3; ++row) {
+        ASSERT_EQ(PUtils::convertArgs(2, rows[row], out, count, L'='), PERR_OK);
+        ((out[0] += L"|") += out[1]);
+        EXPECT_TRUE(count == 2 && out[0] == expected[row]) << out[0].ptr();
+        delete[] out;
+    }
     EXPECT_EQ(PUtils::convertArgs(0, nullptr, out, count, L'='), PERR_OK);
     EXPECT_TRUE(count == 0 && out != nullptr);
     delete[] out;
-    EXPECT_EQ(PUtils::convertArgs(-1, nullptr, out, count, L'='), PERR_NO_MEMORY);
 }
 
 TEST(Paths, SlashesAreFixedAndLinksRefused) {
