@@ -8,6 +8,8 @@
 
 #include <portinglayer/strings.h>
 
+#include "text/white_space.h"
+
 namespace {
 
 constexpr wchar_t HEX_DIGITS[] = L"0123456789ABCDEF";
@@ -116,8 +118,8 @@ public:
 
     void trim() {
         wchar_t const* const start = begin;
-        while (begin != end && isSpace(*begin)) ++begin;
-        while (begin != end && isSpace(end[-1])) --end;
+        while (begin != end && _isWhite(*begin)) ++begin;
+        while (begin != end && _isWhite(end[-1])) --end;
         if (begin == start || cut) return;
         end = begin + wcsnlen(begin, static_cast<std::size_t>(end - begin));
         cut = true;  // no zero character is left, once is enough
@@ -141,8 +143,6 @@ public:
     }
 
 private:
-    static bool isSpace(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r'; }
-
     wchar_t const* begin;
     wchar_t const* end;
     bool cut = false;

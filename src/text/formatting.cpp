@@ -101,8 +101,7 @@ int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wcha
 
     PString head;  // becomes the key at the end: the text may be the key itself
     int result = _setTrimmed(head, text.ptr(), pos);
-    if (result == PERR_OK)
-        result = _setTrimmed(value, text.ptr() + pos + 1, text.len() - pos - 1);
+    if (result == PERR_OK) result = _setTrimmed(value, text.ptr() + pos + 1, text.len() - pos - 1);
     key = std::move(head);
     return result;
 }
