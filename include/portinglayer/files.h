@@ -23,12 +23,11 @@
 /// slashes by every operation here.
 class PORTINGLAYER_EXPORT PFile {
 public:
-    static constexpr unsigned int OPEN_READ = 1;      ///< read access
-    static constexpr unsigned int OPEN_WRITE = 2;     ///< write access
-    static constexpr unsigned int OPEN_APPEND = 4;    ///< every write goes to the end
-    static constexpr unsigned int OPEN_TRUNCATE = 8;  ///< the content is dropped
-    static constexpr unsigned int OPEN_CREATE =
-        16;  ///< a missing file is created, mode 0644 less the mask
+    static constexpr unsigned int OPEN_READ = 1;         ///< read access
+    static constexpr unsigned int OPEN_WRITE = 2;        ///< write access
+    static constexpr unsigned int OPEN_APPEND = 4;       ///< every write goes to the end
+    static constexpr unsigned int OPEN_TRUNCATE = 8;     ///< the content is dropped
+    static constexpr unsigned int OPEN_CREATE = 16;      ///< makes a missing file, mode 0644
     static constexpr unsigned int OPEN_SAFE_WRITE = 32;  ///< safe writing; stands alone
 
     /// A closed handle.
@@ -287,8 +286,9 @@ public:
     /// @warning The number is drawn anew from the clock's second at every attempt, so names are
     ///          predictable, and looking and opening are two steps: another process can take the
     ///          name in between. Use a folder that only trusted users can write.
-    ///
-    /// Blocks: while the name of this second is taken, it probes, busy, until the next.
+    /// @warning A second file with the same prefix in the same second keeps the processor busy with
+    ///          probes until the second ends, or fails with PERR_OPEN when the attempts are used up
+    ///          before; give each file a prefix of its own.
     int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
 
     /// Closes the file, which stays on disk, and frees the object for another `popen`.

@@ -19,8 +19,8 @@ TEST(TempFile, IsCalledThePrefixAndANumber) {
     EXPECT_EQ(file.PFile::pclose(), PERR_OK);
     EXPECT_EQ(file.popen(prefix.c_str(), 18, 0), PERR_ALREADY_OPEN) << "closed as another class";
     EXPECT_EQ(file.pclose(), PERR_NOT_OPEN);
-    EXPECT_EQ(file.popen(prefix.c_str(), 18, 0), PERR_OK);
-    EXPECT_EQ(scratch.names().size(), 2U) << "another name was found, and the file stays";
+    EXPECT_EQ(file.popen(scratch.wpath("other").c_str(), 18, 0), PERR_OK);
+    EXPECT_EQ(scratch.names().size(), 2U) << "the first file stays";
 }
 
 TEST(System, KnowsItsTemporaryFolderAndANumber) {
