@@ -11,6 +11,12 @@
 
 constexpr std::size_t ASCII_BLOCK = 16;  // characters
 
+/// Whether every codeset has the character at its byte in ASCII; a few exchange the backslash and
+/// what follows the last brace.
+inline bool _isPlain(wchar_t c) {
+    return static_cast<std::uint32_t>(c) - L' ' <= L'}' - L' ' && c != L'\\';
+}
+
 #if defined(__SSE2__)
 
 /// Narrows a block. False, and nothing is written, when one of its characters is 0 or not ASCII.
@@ -43,6 +49,16 @@ inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
     return true;
 }
 
+/// Narrows a block. False when one of its characters is not plain.
+inline bool _narrowPlainBlock(char* to, wchar_t const* from) {
+    if (!_narrowAsciiBlock(to, from)) return false;
+    __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(to));
+    __m128i const outside = _mm_or_si128(_mm_cmplt_epi8(bytes, _mm_set1_epi8(' ')),
+                                         _mm_cmpgt_epi8(bytes, _mm_set1_epi8('}')));
+    __m128i const backslash = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'));
+    return _mm_movemask_epi8(_mm_or_si128(outside, backslash)) == 0;
+}
+
 #else
 
 inline bool _narrowAsciiBlock(char* to, wchar_t const* from) {
@@ -57,6 +73,12 @@ inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
         if (static_cast<unsigned char>(from[i]) >= 0x80U) return false;
     for (std::size_t i = 0; i < ASCII_BLOCK; ++i) to[i] = static_cast<wchar_t>(from[i]);
     return true;
+}
+
+inline bool _narrowPlainBlock(char* to, wchar_t const* from) {
+    for (std::size_t i = 0; i < ASCII_BLOCK; ++i)
+        if (!_isPlain(from[i])) return false;
+    return _narrowAsciiBlock(to, from);
 }
 
 #endif

@@ -1,35 +1,26 @@
 #include "text/narrow_text.h"
 
 #include "text/allocation.h"
+#include "text/ascii_block.h"
 #include "text/multibyte.h"
 
 namespace {
-
-constexpr unsigned long BLOCK = 8;  // characters looked at together
-
-/// Whether every codeset has the character at its byte in ASCII; a few exchange the backslash and
-/// what follows the last brace.
-bool _isPlain(wchar_t c) {
-    return static_cast<unsigned int>(c) - L' ' <= L'}' - L' ' && c != L'\\';
-}
-
-/// Copies `count` characters; false when one of them is not plain.
-bool _copyPlain(char* out, wchar_t const* s, unsigned long count) {
-    unsigned int plain = 1;
-    for (unsigned long i = 0; i < count; ++i) {
-        plain &= static_cast<unsigned int>(_isPlain(s[i]));
-        out[i] = static_cast<char>(s[i]);
-    }
-    return plain != 0;
-}
 
 /// Copies a text of plain characters, as nearly all names are, and terminates it. False where the
 /// conversion must decide.
 bool _copyPlainText(char* out, wchar_t const* s, unsigned long length) {
     unsigned long done = 0;
-    for (; length - done >= BLOCK; done += BLOCK)
-        if (!_copyPlain(out + done, s + done, BLOCK)) return false;
-    if (!_copyPlain(out + done, s + done, length - done)) return false;
+    for (; length - done >= ASCII_BLOCK; done += ASCII_BLOCK)
+        if (!_narrowPlainBlock(out + done, s + done)) return false;
+    if (done > 0) {
+        done = length - ASCII_BLOCK;  // the last block overlaps the one before
+        if (!_narrowPlainBlock(out + done, s + done)) return false;
+        done = length;
+    }
+    for (; done < length; ++done) {
+        if (!_isPlain(s[done])) return false;
+        out[done] = static_cast<char>(s[done]);
+    }
     out[length] = '\0';
     return true;
 }
