@@ -21,13 +21,11 @@ TEST(Listing, KeepsItsStates) {
         EXPECT_EQ(dir.popen(missing, L"f"), PERR_DIR_NOT_OPEN);
     EXPECT_EQ(dir.popen(path.c_str(), L"other"), PERR_OK) << "tried with the first pattern";
     EXPECT_EQ(++dir, PERR_DIR_NOT_OPEN) << "no first name yet";
-    EXPECT_TRUE(dir != PERR_OK);
     EXPECT_EQ(dir.preaddir(), PERR_OK) << "whatever came before";
     EXPECT_EQ(dir.popen(path.c_str(), L"*"), PERR_DIR_ALREADY_OPEN);
     EXPECT_EQ(++dir, PERR_READ);
     EXPECT_EQ(dir.getEntry(), L"f") << "the last name stays";
-    EXPECT_EQ(dir.pclose(), PERR_OK);
-    EXPECT_EQ(dir.getEntry().len(), 0U);
+    EXPECT_TRUE(dir.pclose() == PERR_OK && dir.getEntry().len() == 0);
     std::multiset<std::wstring> names;
     (void)dir.popen(path.c_str(), L"");
     for (dir.preaddir(); dir == PERR_OK; dir++) names.insert(dir.getEntry().ptr());
@@ -65,8 +63,7 @@ TEST(Listing, MatchesAsTheSystemDoes) {
 
 TEST(Directories, AreMadeAndRemovedOneAtATime) {
     Scratch scratch;
-    std::wstring const path = scratch.wpath("d");
-    std::wstring const sub = scratch.wpath("d/sub");
+    std::wstring const path = scratch.wpath("d"), sub = scratch.wpath("d/sub");
     errno = 0;
     EXPECT_EQ(PDir::pcreate(sub.c_str()), PERR_DIR_CREATE);
     EXPECT_EQ(PDir::pcreate(L""), PERR_DIR_CREATE);

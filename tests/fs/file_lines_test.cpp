@@ -63,19 +63,15 @@ TEST(FileLines, AreWrittenAsTheirMultibyteText) {
     EXPECT_TRUE(scratch.read("f") == expected) << "seed 42";
 }
 
-TEST(FileLines, AreWrittenWithALineFeedAndLostFromAPipe) {
+TEST(FileLines, LoseWhatFollowsThemInAPipe) {
     Scratch scratch;
     ASSERT_EQ(mkfifo(scratch.path("pipe").c_str(), 0600), 0);
     PString line;
-    char rest = 0;
-    unsigned long done = 0;
     PFile file;
     ASSERT_EQ(file.popen(scratch.wpath("pipe").c_str(), 3, 1), PERR_OK);
-    for (wchar_t const* const text : {L"one", L"", L"\u00e9", L"two\r"})
-        EXPECT_EQ(file.pwriteLine(text), PERR_OK);
-    EXPECT_EQ(file.pwrite((std::string(117, 'x') + "!").c_str(), 118, done), PERR_OK);
-    EXPECT_EQ(file.preadLine(line), PERR_OK);
-    EXPECT_EQ(line, L"one") << "\"one\\n\\n\\ntwo\\r\\n\" and 117 bytes are the first block";
-    EXPECT_EQ(file.pread(&rest, 1, done), PERR_OK);
-    EXPECT_EQ(rest, '!') << "what followed in the block is lost";
+    for (wchar_t const* const text : {L"one", L"three"}) {
+        EXPECT_TRUE(file.pwriteLine(text) == PERR_OK && file.pwriteLine(L"lost") == PERR_OK);
+        EXPECT_EQ(file.preadLine(line), PERR_OK);
+        EXPECT_EQ(line, text);
+    }
 }
