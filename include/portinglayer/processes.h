@@ -34,12 +34,13 @@
 /// and 4294967295 (-1) as "every process that the caller may signal", the caller and its session
 /// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand
 /// an id to the system as it comes; `killTree(0)` also ends all children of process 1. The instance
-/// `kill()` never signals either, because no process runs under these ids. Ids that a query gives
-/// are never one of them; the id of an object whose `fork` failed is 4294967295, so take ids from
-/// `getPID`.
+/// `kill()` never signals either, because no process runs under these ids. What `getPID`,
+/// `listPIDs`, `getChildPID` and `find` give as processes is never one of them. A *parent* id, from
+/// `getParentPID` or `find`, is 0 where no parent can be seen: look at it before signalling it. The
+/// other ids above 2147483647 are negative to the system and mean whole process groups.
 ///
-/// **Text.** Text from the system is converted under the locale of the process. Where an operation
-/// gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
+/// **Text.** Text from and to the system is converted under the locale of the process. Where an
+/// operation gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
 /// characters fill the rest behind the terminator, so measure such text with `wcslen`.
 class PORTINGLAYER_EXPORT PProcess {
 public:
@@ -94,6 +95,9 @@ public:
     /// The arguments are split at every single space; quotes mean nothing.
     /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a".
     ///          Write one space between arguments.
+    /// @warning Executable, folder, entries and each argument are cut to as many bytes as they have
+    ///          characters, as `PLiteral::ascii` says, so only ASCII passes whole. An argument of
+    ///          which nothing is left, or that the locale cannot express, ends the argument list.
     /// @warning PERR_OK does not say that the program runs. A failed fork gives PERR_OK as well and
     ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use
     ///          no waiting operation of such an object, as these take any child of the caller; so
@@ -154,7 +158,8 @@ public:
     /// @return PERR_OK  always
     int initProcessInfo();
 
-    /// Sets the process id to 0 and reaps the child if it has ended. Never waits, never signals.
+    /// Sets the process id to 0 and reaps the child if it has ended; after a failed fork, any one
+    /// ended child of the caller. Never waits, never signals.
     ///
     /// @return PERR_OK  always
     int clearProcessInfo();
@@ -371,7 +376,8 @@ public:
     ///
     /// @warning On Linux the answer is "root" for every process whose name does not hold "uid". Do
     ///          not decide on rights by it.
-    /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the same)
+    /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the same);
+    ///                   bytes other than ASCII come as `PFile::preadLine` gives them
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
     /// @return PERR_NO_MEMORY  memory ran out
@@ -390,6 +396,11 @@ public:
 
     /// Gets the environment with which the caller was started, see `getEnvironment`: what `setenv`
     /// changed since does not show.
+    ///
+    /// @param[out] environment  cleared first
+    /// @return PERR_OK
+    /// @return PERR_NOT_FOUND  the system's file cannot be opened or read
+    /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
     static int getCurrentEnvironment(std::vector<PString>& environment);
 
     /// @}
@@ -428,11 +439,14 @@ public:
 
     /// Measures the load of one processor over 400 milliseconds.
     ///
+    /// @warning For a number that the system does not list, such as that of a processor switched off,
+    ///          the first listed one whose number begins with it is measured: 10 for 1. PERR_SYSTEM
+    ///          comes only where there is none.
     /// @param cpu           number of the processor, from 0
     /// @param[out] percent  written only on success
     /// @return PERR_OK
     /// @return PERR_OPEN    the system's counters cannot be opened
-    /// @return PERR_SYSTEM  there is no such processor, or its counters cannot be read
+    /// @return PERR_SYSTEM  there is no such processor (see above), or its counters cannot be read
     ///
     /// Blocks: 400 milliseconds.
     static int getSpecCPUUsage(unsigned int cpu, unsigned int& percent);
