@@ -376,8 +376,8 @@ public:
     ///
     /// @warning On Linux the answer is "root" for every process whose name does not hold "uid". Do
     ///          not decide on rights by it.
-    /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the same);
-    ///                   bytes other than ASCII come as `PFile::preadLine` gives them
+    /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the
+    ///                   same); bytes other than ASCII come as `PFile::preadLine` gives them
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
     /// @return PERR_NO_MEMORY  memory ran out
@@ -439,9 +439,9 @@ public:
 
     /// Measures the load of one processor over 400 milliseconds.
     ///
-    /// @warning For a number that the system does not list, such as that of a processor switched off,
-    ///          the first listed one whose number begins with it is measured: 10 for 1. PERR_SYSTEM
-    ///          comes only where there is none.
+    /// @warning For a number that the system does not list, such as that of a processor switched
+    ///          off, the first listed one whose number begins with it is measured: 10 for 1.
+    ///          PERR_SYSTEM comes only where there is none.
     /// @param cpu           number of the processor, from 0
     /// @param[out] percent  written only on success
     /// @return PERR_OK
