@@ -56,6 +56,8 @@ public:
 
     /// Finds a text in this one.
     ///
+    /// @warning From the end, the position counts in 32 bits: where this text is 2 Gi characters longer
+    ///          than `what`, the search misses places or finds none. Search such texts forward.
     /// @param what        the text to be found
     /// @param[out] pos    index of its first character; written only on success
     /// @param fromEnd     whether the last occurrence is wanted instead of the first
@@ -84,22 +86,18 @@ public:
     /// As above, with the whole of `o`.
     int cmp(PLiteral const& o) const;
 
-    bool operator==(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool
-    operator==(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
-    bool operator!=(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool
-    operator!=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
-    bool operator<(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool operator<(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
-    bool operator<=(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool
-    operator<=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
-    bool operator>(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool operator>(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
-    bool operator>=(PLiteral const& o) const;  ///< by the order of `cmp`
-    bool
-    operator>=(wchar_t const* s) const;  ///< by the order of `cmp`; a null `s` is an empty text
+    bool operator==(PLiteral const& o) const;  ///< by `cmp`
+    bool operator==(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
+    bool operator!=(PLiteral const& o) const;  ///< by `cmp`
+    bool operator!=(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
+    bool operator<(PLiteral const& o) const;   ///< by `cmp`
+    bool operator<(wchar_t const* s) const;    ///< by `cmp`; a null `s` is an empty text
+    bool operator<=(PLiteral const& o) const;  ///< by `cmp`
+    bool operator<=(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
+    bool operator>(PLiteral const& o) const;   ///< by `cmp`
+    bool operator>(wchar_t const* s) const;    ///< by `cmp`; a null `s` is an empty text
+    bool operator>=(PLiteral const& o) const;  ///< by `cmp`
+    bool operator>=(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
 
     /// Tells whether this text begins with `s`, in the sense of `str`.
     ///
@@ -138,8 +136,9 @@ public:
 
     /// Makes wide text of multibyte text, in the locale of the process.
     ///
-    /// @param s  terminated, or ending in whole characters, within `n` bytes
-    /// @param n  bytes, or P_WHOLE_STRING
+    /// @warning `n` limits the characters made, not the bytes read: `s` must be terminated, unless its
+    ///          first `n` bytes are ASCII. Copy and terminate a part of a longer text first.
+    /// @param n  wide characters to make at most, such as the number of bytes, or P_WHOLE_STRING
     /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null,
     ///         `n` is 0, the text is empty, the locale cannot read it, or no memory is left
     static wchar_t* pchar2pwchar(char const* s, unsigned long n);
