@@ -148,7 +148,11 @@ void _addText(char const* name, Bare bare, [[maybe_unused]] int item,
             (void)ours(self, text);
             return text;
         },
-        [](PString const& text) { return std::string(text.ptr(), text.ptr() + text.len()); });
+        [](PString const& text) {
+            std::string bytes(text.ptr(), text.ptr() + text.len());
+            std::erase(bytes, '"');  // stands around arguments with a space, such as a filter
+            return bytes;
+        });
 }
 
 #ifdef BENCH_PROC2

@@ -92,10 +92,13 @@ private:
     Needle const& original;
     wchar_t const* folded = nullptr;
     std::unique_ptr<wchar_t[]> longCopy;
-    wchar_t shortCopy[SHORT] = {};
+    wchar_t shortCopy[SHORT];
 };
 
-wchar_t const* _forwardIgnoringCase(wchar_t const* at, wchar_t const* end, Needle const& needle) {
+// Both ways of ignoring case keep their room for characters off the stack of plain searches.
+
+[[gnu::noinline]] wchar_t const* _forwardIgnoringCase(wchar_t const* at, wchar_t const* end,
+                                                      Needle const& needle) {
     UpperCache upper;
     UpperNeedle const folded(needle, upper);
     wchar_t const first = folded[0];
@@ -104,7 +107,8 @@ wchar_t const* _forwardIgnoringCase(wchar_t const* at, wchar_t const* end, Needl
     return nullptr;
 }
 
-wchar_t const* _backwardIgnoringCase(wchar_t const* text, int start, Needle const& needle) {
+[[gnu::noinline]] wchar_t const* _backwardIgnoringCase(wchar_t const* text, int start,
+                                                       Needle const& needle) {
     UpperCache upper;
     UpperNeedle const folded(needle, upper);
     wchar_t const first = folded[0];
