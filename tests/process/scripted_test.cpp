@@ -10,7 +10,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
 using Entries = std::vector<PString>;
 
 constexpr unsigned int SCRIPTED_PID = 99999999;  // above the largest of the system
@@ -75,9 +74,7 @@ TEST(Load, IsCountedBetweenTwoSamples) {
         {"no file", _processor, {}, {}, PERR_OPEN, 7},
     };
     for (auto const& row : rows) {
-        ProcessScript script;
-        script.file("/proc/stat", row.machine);
-        script.file(FILES + "stat", row.process);
+        ProcessScript const script({{"/proc/stat", row.machine}, {FILES + "stat", row.process}});
         unsigned int percent = 7;
         EXPECT_EQ(row.result, row.measure(percent)) << row.what;
         EXPECT_EQ(row.percent, percent) << row.what;
@@ -87,8 +84,7 @@ TEST(Load, IsCountedBetweenTwoSamples) {
 }
 
 TEST(Load, ReadsTheRealTimePriorityIntoThePriority) {
-    ProcessScript script;
-    script.file("/proc/stat", {_line(14, 15)});
+    ProcessScript const script(Files{{"/proc/stat", {_line(14, 15)}}});
     PFile file;
     proc_stat r;
     ASSERT_EQ(PERR_OK, file.popen(L"/proc/stat", PFile::OPEN_READ, 1));
@@ -122,9 +118,9 @@ TEST(ProcessFacts, ComeFromLinesReadInPiecesOf255Bytes) {
         {"", PERR_NOT_FOUND, 7, true},
     };
     for (auto const& row : rows) {
-        ProcessScript script;
-        script.file(FILES + "status", {row.status});
-        script.file("/proc/meminfo", {"MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n"});
+        ProcessScript const script(
+            {{FILES + "status", {row.status}},
+             {"/proc/meminfo", {"MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n"}}});
         unsigned long long bytes = 7, free = 0;
         bool running = !row.running;
         EXPECT_EQ(row.result, PProcess::getMemoryUsage(SCRIPTED_PID, bytes)) << row.status;
@@ -150,8 +146,7 @@ TEST(ProcessFacts, CommandLinesAreCutInChunksOf255Bytes) {
             expected += (expected.empty() ? "" : " ") + one;
             start = i - chunk + 1;
         }
-        ProcessScript script;
-        script.file(FILES + "cmdline", {bytes});
+        ProcessScript const script(Files{{FILES + "cmdline", {bytes}}});
         PString text;
         EXPECT_EQ(PERR_OK, PProcess::getCmdLine(SCRIPTED_PID, text));
         EXPECT_EQ(wide(expected), shown(text)) << "seed 4711, round " << round;
@@ -160,11 +155,11 @@ TEST(ProcessFacts, CommandLinesAreCutInChunksOf255Bytes) {
 
 TEST(ProcessFacts, AreConvertedUnderTheLocale) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
-    ProcessScript script;
     std::string const acute = "\xC3\xA9", across = std::string(121, 'a') + acute;
-    script.file(FILES + "environ", {"A=" + acute + "z" + '\0' + across + '\0' + "LAST=1"});
-    script.file(FILES + "cmdline", {acute + '\0' + "b" + '\0'});
-    script.file(FILES + "status", {"Name:\t" + acute + "\n"});
+    ProcessScript const script(
+        {{FILES + "environ", {"A=" + acute + "z" + '\0' + across + '\0' + "LAST=1"}},
+         {FILES + "cmdline", {acute + '\0' + "b" + '\0'}},
+         {FILES + "status", {"Name:\t" + acute + "\n"}}});
     Entries entries;
     PString line, name;
     EXPECT_EQ(PERR_OK, PProcess::getEnvironment(SCRIPTED_PID, entries));
@@ -184,9 +179,7 @@ TEST(ProcessFacts, AUserIsLookedUpOnlyForANameThatBearsTheKey) {
                                    {"Name:\t7uid\n", "a:x:17:71:\nb:x:5:7:\nc:x:7:7:\n", "b"},
                                    {"Name:\t7uid\n", "a:x:1:1:\n", "kept"}};
     for (auto const& [status, accounts, expected] : rows) {
-        ProcessScript script;
-        script.file(FILES + "status", {status});
-        script.file("/etc/passwd", {accounts});
+        ProcessScript const script({{FILES + "status", {status}}, {"/etc/passwd", {accounts}}});
         PString name = owned("kept");
         EXPECT_EQ(PERR_OK, PProcess::getUserName(SCRIPTED_PID, name));
         EXPECT_EQ(wide(expected), shown(name)) << status;
