@@ -15,8 +15,9 @@ struct _EndiannessInitHelper {
 
 _EndiannessInitHelper const _endiannessInit;
 
+/// Flattened: appending where room is left must not cost the vector's call for making room.
 template <typename Integer>
-void _append(std::vector<unsigned char>& data, Integer value) {
+[[gnu::flatten]] void _append(std::vector<unsigned char>& data, Integer value) {
     unsigned char bytes[sizeof value];
     _store(bytes, value);
     data.insert(data.end(), bytes, bytes + sizeof bytes);
