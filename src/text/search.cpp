@@ -17,7 +17,7 @@ struct Needle {
 };
 
 /// The first place of the needle at `at` or behind it, before `end`; null when there is none.
-wchar_t const* _forward(wchar_t const* at, wchar_t const* end, Needle const& needle) {
+wchar_t const* _forward(wchar_t const* at, wchar_t const* end, Needle needle) {
     std::size_t const rest = needle.length - 1;
     wchar_t const last = needle.text[rest];
     while ((at = wmemchr(at, needle.text[0], static_cast<std::size_t>(end - at))) != nullptr) {
@@ -28,7 +28,7 @@ wchar_t const* _forward(wchar_t const* at, wchar_t const* end, Needle const& nee
 }
 
 /// The last place of the needle at `text[start]` or before; null when there is none.
-wchar_t const* _backward(wchar_t const* text, int start, Needle const& needle) {
+[[gnu::noinline]] wchar_t const* _backward(wchar_t const* text, int start, Needle needle) {
     std::size_t const rest = needle.length - 1;
     wchar_t const first = needle.text[0];
     wchar_t const last = needle.text[rest];
@@ -66,7 +66,7 @@ private:
 /// at each comparison: slower, with the same result.
 class UpperNeedle {
 public:
-    UpperNeedle(Needle const& needle, UpperCache& upper) : cache(upper), original(needle) {
+    UpperNeedle(Needle needle, UpperCache& upper) : cache(upper), original(needle) {
         wchar_t* copy = shortCopy;
         if (needle.length > SHORT) {
             longCopy.reset(_newText<wchar_t>(needle.length, 0, 0));
@@ -89,7 +89,7 @@ public:
 private:
     static constexpr std::size_t SHORT = 64;
     UpperCache& cache;
-    Needle const& original;
+    Needle original;
     wchar_t const* folded = nullptr;
     std::unique_ptr<wchar_t[]> longCopy;
     wchar_t shortCopy[SHORT];
@@ -98,7 +98,7 @@ private:
 // Both ways of ignoring case keep their room for characters off the stack of plain searches.
 
 [[gnu::noinline]] wchar_t const* _forwardIgnoringCase(wchar_t const* at, wchar_t const* end,
-                                                      Needle const& needle) {
+                                                      Needle needle) {
     UpperCache upper;
     UpperNeedle const folded(needle, upper);
     wchar_t const first = folded[0];
@@ -108,7 +108,7 @@ private:
 }
 
 [[gnu::noinline]] wchar_t const* _backwardIgnoringCase(wchar_t const* text, int start,
-                                                       Needle const& needle) {
+                                                       Needle needle) {
     UpperCache upper;
     UpperNeedle const folded(needle, upper);
     wchar_t const first = folded[0];
@@ -117,7 +117,7 @@ private:
     return nullptr;
 }
 
-bool _standsAt(wchar_t const* at, Needle const& needle, bool ignoreCase) {
+bool _standsAt(wchar_t const* at, Needle needle, bool ignoreCase) {
     if (!ignoreCase) return wmemcmp(at, needle.text, needle.length) == 0;
     return std::equal(needle.text, needle.text + needle.length, at,
                       [](wchar_t a, wchar_t b) { return _upper(a) == _upper(b); });
