@@ -67,14 +67,14 @@ TEST(ProcessStart, AChildTellsByItsExitCodeHowItWent) {
         {"folder not convertible", L"/bin/true", L"", L"/\x263A", 139},
     };
     for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
         PProcess process(row.program, row.arguments, row.folder);
         int exitCode = 1;
-        EXPECT_EQ(PERR_NO_PROCESS, process.waitExitCode(exitCode)) << row.what;
-        EXPECT_EQ(PERR_OK, process.start()) << row.what;
-        EXPECT_EQ(PERR_OK, process.waitExitCode(exitCode)) << row.what;
-        EXPECT_EQ(row.exitCode, exitCode) << row.what;
-        EXPECT_EQ(PERR_NO_PROCESS, process.waitExitCode(exitCode)) << row.what;
-        EXPECT_EQ(-1, exitCode) << row.what;
+        EXPECT_TRUE(process.waitExitCode(exitCode) == PERR_NO_PROCESS &&
+                    process.start() == PERR_OK);
+        EXPECT_EQ(PERR_OK, process.waitExitCode(exitCode));
+        EXPECT_EQ(row.exitCode, exitCode);
+        EXPECT_TRUE(process.waitExitCode(exitCode) == PERR_NO_PROCESS && exitCode == -1);
     }
     EXPECT_EQ(PERR_NOT_FOUND, PProcess(L" \t", L"x").start());
 }
@@ -102,11 +102,11 @@ TEST(ProcessStart, AChildOutlivesItsObjectAndTheShortcutsGiveItsId) {
     for (int way = 0; way < 4; ++way) {
         Child child;
         PString dir;
-        EXPECT_EQ(PERR_OK, way == 0   ? PProcess::start(program, L"sleep 60", child.pid)
-                           : way == 1 ? PProcess::start(program, L"sleep 60", folder, child.pid)
-                           : way == 2
-                               ? PProcess::start(program, L"sleep 60", added, child.pid)
-                               : PProcess::start(program, L"sleep 60", folder, added, child.pid));
+        PLiteral const line(L"sleep 60");
+        EXPECT_EQ(PERR_OK, way == 0   ? PProcess::start(program, line, child.pid)
+                           : way == 1 ? PProcess::start(program, line, folder, child.pid)
+                           : way == 2 ? PProcess::start(program, line, added, child.pid)
+                                      : PProcess::start(program, line, folder, added, child.pid));
         EXPECT_TRUE(eventually([&] { return child.began(TEST_CHILD); }));
         EXPECT_EQ(PERR_OK, PProcess::getWorkingDir(child.pid, dir));
         EXPECT_EQ(way % 2 == 1, dir == folder);
