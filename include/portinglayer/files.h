@@ -53,6 +53,8 @@ public:
     /// ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked; `pclose` moves
     /// it over NAME. Until then NAME keeps its content, whatever happens to this process; one that
     /// ends before, or is refused the lock, leaves the sibling behind.
+    /// @warning A safe write makes a new file, with mode 0644 less the umask and the caller as owner,
+    ///          and replaces a symbolic link instead of following it; set rights anew after `pclose`.
     /// @param name   the file; not empty
     /// @param flags  OPEN_ bits
     /// @param share  0 takes the lock, any other value does without

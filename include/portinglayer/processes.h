@@ -125,7 +125,7 @@ public:
     /// Starts a program without keeping an object; otherwise as the instance form.
     ///
     /// @param[out] pid  process id of the child; written only on success
-    /// @return PERR_OK          the child runs
+    /// @return PERR_OK          the child was forked and had not ended yet
     /// @return PERR_NOT_FOUND   `executable` is empty, or memory ran out for the description
     /// @return PERR_NO_MEMORY   no object could be allocated; also returned in the child, see above
     /// @return PERR_NO_PROCESS  the child could not be forked or has ended already
@@ -204,8 +204,9 @@ public:
 
     /// Waits until a process ends, for about a time.
     ///
-    /// It looks at the process between sleeps of a tenth of the time, a second at least. A wait
-    /// below 1000 milliseconds does not sleep at all.
+    /// It looks at the process between sleeps of a tenth of the time, a second at least, and sleeps
+    /// whole steps only: a wait below 1000 milliseconds does not sleep at all, one of 1999 ends after
+    /// 1000, and an ending is noticed up to a step late.
     /// @param timeoutMs  milliseconds
     /// @return true if the process still runs, false if it has ended
     ///

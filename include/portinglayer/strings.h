@@ -86,6 +86,7 @@ public:
     /// As above, with the whole of `o`.
     int cmp(PLiteral const& o) const;
 
+    // A plain pointer goes on the right: on the left, C++17 compares its address.
     bool operator==(PLiteral const& o) const;  ///< by `cmp`
     bool operator==(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
     bool operator!=(PLiteral const& o) const;  ///< by `cmp`
@@ -165,8 +166,8 @@ protected:
 };
 
 /// Wide text that owns its characters, in a buffer of its length + 1 wide characters: there is no
-/// spare room, and every change of the length copies. An empty text has no buffer, unless `trim` left
-/// one. Texts given to an operation may lie in the string itself. What refers to its characters, such
+/// spare room, and every change of the length copies. The `ptr()` of an empty text may be null or not;
+/// test `len()`, and test before handing it to a "%ls". Texts given to an operation may lie in the string itself. What refers to its characters, such
 /// as a `PLiteral` or `ptr()`, is valid until the next change.
 ///
 /// Constructors and operators cannot tell that memory ran out: the text is then empty, or without what

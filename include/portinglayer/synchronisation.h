@@ -44,8 +44,9 @@ public:
     /// Creates the unnamed lock, or creates or opens the named one.
     ///
     /// A created name is free (unlocked) and open to processes of the same user and group (mode 0770,
-    /// less the process's umask). When the system answers that a name of 13 characters or more is too
-    /// long, the stored name is cut for good to its first 13 characters and tried once more.
+    /// less the process's umask: under the common 022 to the user's only). When the system answers
+    /// that a name of 13 characters or more is too long, the stored name is cut for good to its first
+    /// 13 characters and tried once more.
     /// @warning Long names that agree in their first 13 characters may so become one lock, and names of
     ///          257 bytes and more are refused without a cut: keep names within 13 characters.
     /// @param create  named form: true creates the name, which must not exist yet; false opens an
@@ -219,8 +220,9 @@ public:
     /// Creates the unnamed semaphore, or creates or opens the named one.
     ///
     /// A created name is open to processes of the same user and group (mode 0770, less the process's
-    /// umask). When the system answers that a name of 13 characters or more is too long, the stored name
-    /// is cut for good to its first 13 characters and tried once more.
+    /// umask: under the common 022 to the user's only). When the system answers that a name of 13
+    /// characters or more is too long, the stored name is cut for good to its first 13 characters and
+    /// tried once more.
     /// @warning Long names that agree in their first 13 characters may so become one semaphore, and names
     ///          of 257 bytes and more are refused without a cut: keep names within 13 characters.
     /// @param value   the initial count; unused when an existing name is opened
