@@ -23,7 +23,8 @@ TEST(ProcessFacts, TellHowAChildStands) {
         EXPECT_EQ(PERR_OK, result);
     EXPECT_EQ(L"test_child", shown(name));
     EXPECT_EQ(wide(TEST_CHILD), shown(path));
-    EXPECT_EQ(wide(TEST_CHILD) + L" sleep 60 x", shown(line));
+    std::wstring const quote = wide(TEST_CHILD).find(L' ') == std::wstring::npos ? L"" : L"\"";
+    EXPECT_EQ(quote + wide(TEST_CHILD) + quote + L" sleep 60 x", shown(line));
     EXPECT_EQ(L"root", shown(user));  // whoever runs it
     EXPECT_EQ(PProcess::getCurrentPID(), parent);
     EXPECT_EQ(7, nice);
