@@ -161,7 +161,7 @@ int PLiteral::getNextToken(PString& src, PString& token, wchar_t sep) {
     bool const found = src.chr(sep, pos, false, false) == PERR_OK && pos < src.len();
     if (!found) {
         token = std::move(src);  // the source is emptied anyway
-        src.clear();  // NOLINT(bugprone-use-after-move): it may be the token itself
+        src.clear();             // NOLINT(bugprone-use-after-move): it may be the token itself
     } else {
         if (token.set(src.ptr(), pos) != PERR_OK) return PERR_TOKEN;
         if (src.erase(0, pos + 1) != PERR_OK) return PERR_TOKEN;
