@@ -4,6 +4,7 @@
 #include <csignal>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -18,11 +19,23 @@ ChildRun::ChildRun(std::vector<std::string> arguments) {
         throw std::runtime_error("no child program");
 }
 
+ChildRun::ChildRun(std::function<int()> const& work) : pid(fork()) {
+    if (pid < 0) throw std::runtime_error("no child");
+    if (pid > 0) return;
+    (void)alarm(60);
+    _exit(work());
+}
+
 void ChildRun::kill() {
     if (pid <= 0) return;
     (void)::kill(pid, SIGKILL);
-    (void)waitpid(pid, nullptr, 0);
-    pid = 0;
+    (void)wait();
+}
+
+int ChildRun::wait() {
+    int status = 0;
+    (void)waitpid(std::exchange(pid, 0), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
 bool eventually(std::function<bool()> const& holds) {

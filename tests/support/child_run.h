@@ -12,11 +12,17 @@
 class ChildRun {
 public:
     explicit ChildRun(std::vector<std::string> arguments);
+
+    /// Forks: the child ends with what the work gives, within a minute at the latest.
+    explicit ChildRun(std::function<int()> const& work);
     ~ChildRun() { kill(); }
     ChildRun(ChildRun&& o) noexcept : pid(o.pid) { o.pid = 0; }
 
     /// Ends the child with SIGKILL and collects it.
     void kill();
+
+    /// Waits for its end and gives its exit code, or minus the signal that ended it.
+    int wait();
 
     pid_t pid = 0;  ///< 0 when it was collected
 };
