@@ -1,5 +1,6 @@
 #include <support/audit.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -21,9 +22,14 @@ void _addNames(Holdings& found, std::string const& kind, fs::path const& folder,
 }
 
 class Audit : public testing::EmptyTestEventListener {
-    void OnTestStart(testing::TestInfo const&) override { before = currentHoldings(); }
+    void OnTestStart(testing::TestInfo const&) override {
+        char const* const limit = std::getenv("TEST_SECONDS");
+        (void)alarm(limit == nullptr ? 120 : static_cast<unsigned>(std::atoi(limit)));
+        before = currentHoldings();
+    }
 
     void OnTestEnd(testing::TestInfo const&) override {
+        (void)alarm(0);
         for (auto const& [what, target] : currentHoldings()) {
             auto const known = before.find(what);
             if (known == before.end() || known->second != target)

@@ -11,7 +11,8 @@ using Holdings = std::map<std::string, std::string>;
 
 Holdings currentHoldings();
 
-/// Compares around each test and fails the one that leaves something behind.
+/// Compares around each test and fails the one that leaves something behind; ends the program by
+/// SIGALRM in one that takes longer than TEST_SECONDS of the environment, or two minutes.
 void installAudit();
 
 #endif

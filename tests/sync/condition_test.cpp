@@ -6,7 +6,7 @@ static_assert(sizeof(PConditionalVar) == 16 && std::has_virtual_destructor_v<PCo
 
 namespace {
 
-struct Condition : Blocking {
+struct Condition : testing::Test {
     Condition() { EXPECT_EQ(mutex.init(true), PERR_OK); }
 
     PMutex mutex;

@@ -5,8 +5,8 @@
 static_assert(sizeof(PMutex) == 40 && std::has_virtual_destructor_v<PMutex>);
 static_assert(sizeof(PSemaphore) == 32 && std::has_virtual_destructor_v<PSemaphore>);
 
-using Mutex = Blocking;
-using Semaphore = Blocking;
+using Mutex = testing::Test;
+using Semaphore = testing::Test;
 
 TEST_F(Mutex, IsUsedBetweenInitAndCloseAndLockedTwiceIsHeldUntilTheSecondUnlock) {
     PMutex mutex;

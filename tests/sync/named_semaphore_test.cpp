@@ -29,7 +29,7 @@ struct One : PSemaphore {
 };
 
 template <class Kind>
-struct Named : Blocking {
+struct Named : testing::Test {
     std::string const unique = uniqueName();
 };
 

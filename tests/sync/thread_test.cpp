@@ -8,7 +8,7 @@ static_assert(sizeof(PThread) == 32 && std::has_virtual_destructor_v<PThread>);
 
 namespace {
 
-struct Thread : Blocking {
+struct Thread : testing::Test {
     void start() {
         self = 0;
         end = false;

@@ -40,7 +40,7 @@ TEST(Time, TicksAreMillisecondsOfTheSteadyClock) {
     EXPECT_EQ(PTime::getTickCountDiff(1000, 400), -600);
 }
 
-TEST_F(Blocking, SleepIsAsLongAsAskedUnlessItWrapsOrIsInterrupted) {
+TEST(Time, SleepIsAsLongAsAskedUnlessItWrapsOrIsInterrupted) {
     unsigned int const table[][2] = {{0, 0}, {30, 30}, {1001, 1001}, {4'294'968, 0}};
     for (auto const& [asked, least] : table) {
         long long const start = PTime::getTickCount();
