@@ -58,7 +58,7 @@ public:
     /// @param name   the file; not empty
     /// @param flags  OPEN_ bits
     /// @param share  0 takes the lock, any other value does without
-    /// @return PERR_OK                open
+    /// @return PERR_OK                open; a folder opens for reading, but has nothing to read
     /// @return PERR_INVALID_ARGUMENT  empty name, or a combination of bits that is not allowed; the
     ///                                handle is unchanged
     /// @return PERR_ALREADY_OPEN      the handle is open or half open; it is unchanged

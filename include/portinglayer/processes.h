@@ -19,7 +19,8 @@
 /// started after its child has ended, until `kill()`, `startProcAsDifferentUser()`, another
 /// `start()` or the destructor clears the id. It owns its texts; it never owns the child, which
 /// outlives it. Objects cannot be copied and take no locks: one object belongs to one thread at a
-/// time. The static operations share nothing and may run on any thread.
+/// time, but `waitExitCode` and the const operations only read it and may run on several at once. The
+/// static operations share nothing and may run on any thread.
 ///
 /// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, both
 /// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first
@@ -61,7 +62,7 @@ public:
     /// As above, with a folder.
     ///
     /// @param workingDir  folder in which the child runs, empty for the caller's; stored like
-    ///                    `executable`
+    ///                    `executable`, which when relative is looked up from here
     PProcess(PLiteral const& executable, PLiteral const& arguments, PLiteral const& workingDir);
 
     /// As above, with an environment instead of a folder.
@@ -130,7 +131,8 @@ public:
     /// @return PERR_NO_MEMORY   no object could be allocated; also returned in the child, see above
     /// @return PERR_NO_PROCESS  the child could not be forked or has ended already
     /// @warning A program that ends at once gives PERR_NO_PROCESS although it ran, and its exit
-    ///          code is lost: keep a `PProcess` object where the exit code matters.
+    ///          code is lost: keep a `PProcess` object where the exit code matters, and call its
+    ///          `waitExitCode` before `getPID`, which has the same effect.
     ///
     /// Children: starts one; reaps every ended child of the caller.
     static int start(PLiteral const& executable, PLiteral const& arguments,
@@ -199,7 +201,8 @@ public:
     /// @return PERR_STOPPED     a traced child has stopped rather than ended
     /// @return PERR_SYSTEM      the system refused to wait, or a signal interrupted the wait
     ///
-    /// Blocks: until the child ends. Children: reaps this one.
+    /// Blocks: until the child ends. Children: reaps this one. Threads: meanwhile others may use the
+    /// const operations of the object and the static ones, but neither `kill()` nor `waitFinish`.
     int waitExitCode(int& exitCode);
 
     /// Waits until a process ends, for about a time.

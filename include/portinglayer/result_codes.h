@@ -2,7 +2,8 @@
 /// The result codes of every fallible operation, and their names.
 ///
 /// An operation returns `PERR_OK` (0) or a negative code; none returns a positive value, and nothing
-/// is thrown across the interface. Test `result == PERR_OK` or `result < 0`. The codes are grouped:
+/// is thrown across the interface, except by the `append` operations of `PDataWriter`, which have no
+/// code to tell that memory ran out. Test `result == PERR_OK` or `result < 0`. The codes are grouped:
 /// -5xx failures shared by all families, -6xx files, directories and dynamic libraries, -7xx threads,
 /// synchronisation and processes, -90xx binary data streams. The values are part of the interface
 /// and never change. The meanings below are general; the comment of each operation gives the exact

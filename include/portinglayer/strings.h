@@ -152,7 +152,8 @@ public:
     /// Takes the text before the first separator off `src`, and the separator with it.
     ///
     /// Without a separator the token is the whole of `src`, which becomes empty. Two separators in a row
-    /// give an empty token. Only the token is trimmed of white space. A separator of 0 is never found.
+    /// give an empty token, one at the end does not. Only the token is trimmed of white space. A
+    /// separator of 0 is never found.
     /// @param[in,out] src  the text that is used up
     /// @param[out] token   another object than `src`
     /// @return PERR_OK

@@ -89,7 +89,8 @@ public:
     /// open go on sharing it, but none can open it any more.
     /// @warning The first process that closes a shared name removes it for those that have not opened
     ///          it yet. Close when every partner has opened it, or is done.
-    /// @return PERR_OK           released; the object is without handle
+    /// @return PERR_OK           released, also when the name was gone already; the object is without
+    ///                           handle
     /// @return PERR_MUTEX        there was no handle
     /// @return PERR_MUTEX_CLOSE  the system refused (the unnamed form: it is still locked); the object
     ///                           is without handle all the same
