@@ -27,14 +27,23 @@
 
 namespace {
 
-/// What every stream carries in turn.
+/// The integers of one record, as a reader of mixed streams goes through them: kind after kind.
+enum class Kind : unsigned char { WORD, DWORD, QWORD, INT };
+using Layout = std::vector<Kind>;
+
+Layout const& _layout() {
+    static Layout const layout{Kind::WORD,  Kind::DWORD, Kind::QWORD, Kind::INT,   Kind::DWORD,
+                               Kind::DWORD, Kind::WORD,  Kind::INT,   Kind::QWORD, Kind::DWORD};
+    return layout;
+}
+
 template <typename Stream>
-void _putIntegers(Stream& stream, unsigned count) {
-    for (unsigned i = 0; i < count; i += 4) {
-        stream.put(static_cast<std::uint16_t>(i));
-        stream.put(static_cast<std::uint32_t>(i));
-        stream.put(static_cast<std::uint64_t>(i));
-        stream.put(static_cast<std::int32_t>(-7));
+void _put(Stream& stream, Kind kind, unsigned value) {
+    switch (kind) {
+    case Kind::WORD: return stream.put(static_cast<std::uint16_t>(value));
+    case Kind::DWORD: return stream.put(static_cast<std::uint32_t>(value));
+    case Kind::QWORD: return stream.put(static_cast<std::uint64_t>(value));
+    case Kind::INT: return stream.put(static_cast<std::int32_t>(value));
     }
 }
 
@@ -46,15 +55,14 @@ std::uint64_t _get(Stream& stream) {
 }
 
 template <typename Stream>
-std::uint64_t _sumIntegers(Stream& stream, unsigned count) {
-    std::uint64_t sum = 0;
-    for (unsigned i = 0; i < count; i += 4) {
-        sum += _get<std::uint16_t>(stream);
-        sum += _get<std::uint32_t>(stream);
-        sum += _get<std::uint64_t>(stream);
-        sum += _get<std::int32_t>(stream);
+std::uint64_t _get(Stream& stream, Kind kind) {
+    switch (kind) {
+    case Kind::WORD: return _get<std::uint16_t>(stream);
+    case Kind::DWORD: return _get<std::uint32_t>(stream);
+    case Kind::QWORD: return _get<std::uint64_t>(stream);
+    case Kind::INT: return _get<std::int32_t>(stream);
     }
-    return sum;
+    return 0;
 }
 
 template <typename Integer>
@@ -237,8 +245,41 @@ struct Record {
 template <typename Stream>
 struct Integers {
     explicit Integers(unsigned n) : count(n) {}
-    void write(Stream& stream) const { _putIntegers(stream, count); }
-    std::uint64_t read(Stream& stream) const { return _sumIntegers(stream, count); }
+    void write(Stream& stream) const {
+        for (unsigned i = 0; i < count;)
+            for (Kind const kind : _layout()) _put(stream, kind, i++);
+    }
+    std::uint64_t read(Stream& stream) const {
+        std::uint64_t sum = 0;
+        for (unsigned i = 0; i < count; i += static_cast<unsigned>(_layout().size()))
+            for (Kind const kind : _layout()) sum += _get(stream, kind);
+        return sum;
+    }
+    unsigned count;
+};
+
+/// The same, but in one order that is fixed in the code: nothing to do but load and swap.
+template <typename Stream>
+struct FixedIntegers {
+    explicit FixedIntegers(unsigned n) : count(n) {}
+    void write(Stream& stream) const {
+        for (unsigned i = 0; i < count; i += 4) {
+            _put(stream, Kind::WORD, i);
+            _put(stream, Kind::DWORD, i);
+            _put(stream, Kind::QWORD, i);
+            _put(stream, Kind::INT, i);
+        }
+    }
+    std::uint64_t read(Stream& stream) const {
+        std::uint64_t sum = 0;
+        for (unsigned i = 0; i < count; i += 4) {
+            sum += _get<std::uint16_t>(stream);
+            sum += _get<std::uint32_t>(stream);
+            sum += _get<std::uint64_t>(stream);
+            sum += _get<std::int32_t>(stream);
+        }
+        return sum;
+    }
     unsigned count;
 };
 
@@ -352,7 +393,8 @@ void _add(std::string const& items, Limits limits, unsigned count, std::uint64_t
     Operation writing("write " + end, limits.writing, sum, "std::vector by hand");
     Operation reading("read " + end, limits.reading, sum, "std::vector by hand");
     _addWay<Items, Bare>(writing, reading, BARE, count);
-    if (items == "integers") _addWay<Items, Called>(writing, reading, "by hand, called", count);
+    if (items.rfind("integers", 0) == 0)
+        _addWay<Items, Called>(writing, reading, "by hand, called", count);
 #ifdef BENCH_QT
     _addWay<Items, Qt>(writing, reading, "Qt", count);
 #endif
@@ -365,9 +407,14 @@ void _add(std::string const& items, Limits limits, unsigned count, std::uint64_t
     _addWay<Items, Ours>(writing, reading, OURS, count);
 }
 
-std::uint64_t _integerSum(unsigned count) {
+/// The sum of `count` integers, each its position; in a fixed order, four of a kind in turn share one.
+std::uint64_t _sum(unsigned count, unsigned each = 1) {
     std::uint64_t sum = 0;
-    for (std::uint64_t i = 0; i < count; i += 4) sum += i % 65536 + 2 * i - 7;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        bool const word = each == 4 ? i % 4 == 0 : _layout()[i % _layout().size()] == Kind::WORD;
+        std::uint64_t const value = i / each * each;
+        sum += word ? value % 65536 : value;
+    }
     return sum;
 }
 
@@ -375,7 +422,8 @@ std::uint64_t _integerSum(unsigned count) {
 
 void addStreams() {
     for (unsigned const count : {1000U, 16000U, 256000U})
-        _add<Integers>("integers", {1.05, 2.0}, count, _integerSum(count));
+        _add<Integers>("integers", {1.05, 2.0}, count, _sum(count));
+    _add<FixedIntegers>("integers, fixed order", {NO_LIMIT, NO_LIMIT}, 1000, _sum(1000, 4));
     for (unsigned const count : {100U, 1600U, 25600U}) {
         _add<Strings>("strings", {2.5, 1.3}, count, std::uint64_t{18} * count);
         _add<Records>("records", {2.5, 1.3}, count, std::uint64_t{25} * count);
