@@ -2,34 +2,65 @@
 #ifndef TESTS_SUPPORT_SCRATCH_H
 #define TESTS_SUPPORT_SCRATCH_H
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
+
+/// The wide form of ASCII text.
+inline std::wstring wide(std::string const& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+/// A name such as "/plt-4711-3" that this process has not given before.
+inline std::string uniqueName() {
+    static int count = 0;
+    return "/plt-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+}
 
 /// A fresh folder under the system's temporary folder, gone with everything in it (links are
 /// removed, never followed) when the object ends.
 class Scratch {
 public:
-    Scratch();
-    ~Scratch();
-    Scratch(Scratch const&) = delete;
-    Scratch& operator=(Scratch const&) = delete;
+    Scratch() {
+        if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no scratch folder");
+    }
+    ~Scratch() {
+        std::error_code ignored;
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
+        std::filesystem::remove_all(folder, ignored);
+    }
+    Scratch(Scratch&&) = delete;
 
     std::string const& dir() const { return folder; }
     std::string path(std::string const& name) const { return folder + "/" + name; }
-    std::wstring wpath(std::string const& name) const;
+    std::wstring wpath(std::string const& name) const { return wide(path(name)); }
 
-    std::string write(std::string const& name, std::string const& content) const;
-    std::string read(std::string const& name) const;
-    std::vector<std::string> names() const;  ///< what the folder holds, sorted, without . and ..
+    std::string write(std::string const& name, std::string const& content) const {
+        std::ofstream(path(name)) << content;
+        return path(name);
+    }
+    std::string read(std::string const& name) const {
+        std::ifstream file(path(name));
+        return {std::istreambuf_iterator(file), {}};
+    }
+    /// What the folder holds, sorted, without . and ..
+    std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (auto const& entry : std::filesystem::directory_iterator(folder))
+            found.push_back(entry.path().filename());
+        std::ranges::sort(found);
+        return found;
+    }
 
 private:
-    std::string folder;
+    std::string folder = std::filesystem::temp_directory_path() /
+                         ("portinglayer-test-" + std::to_string(getpid()) + "-XXXXXX");
 };
-
-/// A name such as "/plt-4711-3" that this process has not given before.
-std::string uniqueName();
-
-/// The wide form of ASCII text.
-std::wstring wide(std::string const& ascii);
 
 #endif

@@ -1,72 +1,79 @@
+#include <atomic>
+#include <chrono>
+#include <ctime>
 #include <memory>
 
+#include <gtest/gtest.h>
 #include <portinglayer/threads.h>
-
-#include "waiting.h"
-
-static_assert(sizeof(PThread) == 32 && std::has_virtual_destructor_v<PThread>);
+#include <support/child_run.h>
 
 namespace {
 
-struct Thread : testing::Test {
-    void start() {
-        self = 0;
-        end = false;
-        ASSERT_EQ(thread->pcreate(run, this), PERR_OK);
-        EXPECT_TRUE(eventually([&] { return self != 0; }));
-    }
+std::atomic<pthread_t> self = 0;
+std::atomic<bool> end = false;
 
-    /// A routine that tells which thread it is and runs until it is told to end.
-    static void* run(void* given) {
-        auto* const test = static_cast<Thread*>(given);
-        for (test->self = PThread::getCurrentThreadId(); !test->end;) (void)PThread::psleep(1);
-        test->self = 0;
-        return given;
-    }
-
-    void expectNoThread() {
-        EXPECT_EQ((Codes{thread->pjoin(result), thread->pdetach(), thread->pterminate(nullptr)}),
-                  Codes(3, PERR_THREAD));
-        EXPECT_TRUE(thread->getThreadId() == 0 && !thread->isAlive());
-    }
-
-    std::atomic<pthread_t> self = 0;
-    std::atomic<bool> end = false;
-    std::unique_ptr<PThread> thread = std::make_unique<PThread>();
-    void* result = nullptr;
-};
+/// A routine that tells which thread it is and runs until it is told to end.
+void* run(void* given) {
+    for (self = PThread::getCurrentThreadId(); !end;) (void)PThread::psleep(1);
+    self = 0;
+    return given;
+}
 
 }  // namespace
 
-TEST_F(Thread, RunsTheRoutineUntilJoinedAndMayStartAnother) {
-    EXPECT_EQ(thread->pcreate(nullptr, this), PERR_THREAD);
-    for (int round = 0; round < 2; ++round) {
-        expectNoThread();
-        start();
+TEST(Thread, IsOwnedUntilItIsJoinedDetachedOrTerminatedOrTheObjectEnds) {
+    auto thread = std::make_unique<PThread>();
+    void* result = nullptr;
+    EXPECT_EQ(thread->pcreate(nullptr, nullptr), PERR_THREAD);
+    for (std::string const way : {"join", "detach", "terminate", "destroy"}) {
+        SCOPED_TRACE(way);
+        end = false;
+        ASSERT_EQ(thread->pcreate(run, &end), PERR_OK);
         EXPECT_EQ(thread->pcreate(run, nullptr), PERR_THREAD_EXISTS);
+        EXPECT_TRUE(eventually([] { return self != 0; }));
         EXPECT_TRUE(thread->isAlive());
         EXPECT_EQ(thread->getThreadId(), static_cast<unsigned int>(self));
+
+        if (way == "destroy") thread = std::make_unique<PThread>();
+        EXPECT_TRUE(way != "detach" || thread->pdetach() == PERR_OK);
+        if (way == "terminate") {
+            EXPECT_EQ(thread->pterminate(nullptr), PERR_OK);
+            EXPECT_EQ(pthread_join(self.exchange(0), &result), 0);  // not joined by the object
+            EXPECT_TRUE(result == PTHREAD_CANCELED);
+        }
         end = true;
-        EXPECT_EQ(thread->pjoin(result), PERR_OK);
-        EXPECT_EQ(result, this);
+        EXPECT_TRUE(way != "join" || (thread->pjoin(result) == PERR_OK && result == &end));
+        EXPECT_TRUE(eventually([] { return self == 0; }));
+        EXPECT_EQ((std::vector{thread->pjoin(result), thread->pdetach(), thread->pterminate(&end)}),
+                  std::vector(3, PERR_THREAD));
+        EXPECT_TRUE(thread->getThreadId() == 0 && !thread->isAlive());
     }
-    expectNoThread();
 }
 
-TEST_F(Thread, RunsOnWhenDetachedOrWhenItsObjectEnds) {
-    for (bool detach : {true, false}) {
-        start();
-        EXPECT_EQ(detach ? thread->pdetach() : PERR_OK, PERR_OK);
-        thread = std::make_unique<PThread>();
-        end = true;
-        EXPECT_TRUE(eventually([&] { return self == 0; }));
-    }
-}
+TEST(Time, IsThePresentMomentInTheLocalTimeZoneAndTicksCountMillisecondsOfTheSteadyClock) {
+    using namespace std::chrono;
+    auto const moment = [] { return system_clock::now().time_since_epoch() / 1ms; };
+    for (char const* zone : {"UTC0", "EAST-13:30", "WEST+11"}) {
+        (void)setenv("TZ", zone, 1);
+        auto const before = moment();
+        PTime time{};
+        EXPECT_EQ(PTime::getTime(time), PERR_OK);
+        EXPECT_TRUE(before <= time.epochMilliseconds && time.epochMilliseconds <= moment());
 
-TEST_F(Thread, TerminatingCancelsAndLeavesTheThreadUnjoined) {
-    start();
-    EXPECT_EQ(thread->pterminate(nullptr), PERR_OK);
-    expectNoThread();
-    EXPECT_EQ(pthread_join(self, &result), 0);
-    EXPECT_TRUE(result == PTHREAD_CANCELED);
+        std::time_t const seconds = time.epochMilliseconds / 1000;
+        char expected[64], found[64];
+        std::strftime(expected, sizeof expected, "%Y-%m-%d %T w%w y%j", std::localtime(&seconds));
+        std::snprintf(found, sizeof found, "%d-%02d-%02d %02d:%02d:%02d w%d y%03d", time.year,
+                      time.month, time.day, time.hour, time.minute, time.second, time.weekDay,
+                      time.yearDay + 1);
+        EXPECT_STREQ(found, expected) << zone;
+        EXPECT_EQ(time.milliseconds, time.epochMilliseconds % 1000);
+    }
+    (void)unsetenv("TZ");
+    tzset();
+
+    auto const steady = [] { return steady_clock::now().time_since_epoch() / 1ms; };
+    long long const before = steady(), tick = PTime::getTickCount();
+    EXPECT_TRUE(before <= tick && tick <= steady());
+    EXPECT_EQ(PTime::getTickCountDiff(1000, 400), -600);
 }
