@@ -48,7 +48,7 @@ void _release(void* block) {
 bool _runOnce(char const* name, Codes const& codes, Scenario const& scenario, Fault fault) {
     SCOPED_TRACE(testing::Message()
                  << name << ", call " << fault.nth << (fault.lasting ? "..." : ""));
-    Holdings const before = currentHoldings();
+    auto const before = currentHoldings();
     long const blocks = liveBlocks;
     int const code = scenario(fault);
     EXPECT_EQ(liveBlocks, blocks) << "blocks held";

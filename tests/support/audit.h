@@ -4,13 +4,10 @@
 #ifndef TESTS_SUPPORT_AUDIT_H
 #define TESTS_SUPPORT_AUDIT_H
 
-#include <map>
+#include <set>
 #include <string>
 
-/// Everything of this process that outlives a test when somebody forgets to release it: a line for
-/// each thing, with what it is. A child is shown by its id once it has ended, and by 0 before.
-using Holdings = std::map<std::string, std::string>;
-
-Holdings currentHoldings();
+/// What this process holds: a line for each thing. One child is shown, by its id once it has ended.
+std::set<std::string> currentHoldings();
 
 #endif

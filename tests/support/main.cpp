@@ -6,8 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace fs = std::filesystem;
-
 namespace {
 
 class Audit : public testing::EmptyTestEventListener {
@@ -19,37 +17,32 @@ class Audit : public testing::EmptyTestEventListener {
 
     void OnTestEnd(testing::TestInfo const&) override {
         (void)alarm(0);
-        for (auto const& [what, target] : currentHoldings())
-            if (auto const known = before.find(what);
-                known == before.end() || known->second != target)
-                ADD_FAILURE() << "left behind: " << what << " " << target;
+        for (std::string const& thing : currentHoldings())
+            EXPECT_TRUE(before.contains(thing)) << "left behind: " << thing;
     }
 
-    Holdings before;
+    std::set<std::string> before;
 };
 
 }  // namespace
 
-Holdings currentHoldings() {
-    Holdings found;
-    std::error_code none;
-    std::string const own = std::to_string(getpid()) + "-";
-    std::string const kinds[][3] = {
-        {"descriptor ", "/proc/self/fd", ""},
-        {"semaphore ", "/dev/shm", "sem.plt-" + own},
-        {"scratch folder ", fs::temp_directory_path(), "portinglayer-test-" + own}};
-    for (auto const& [kind, folder, prefix] : kinds) {
-        std::vector<fs::path> entries;  // the descriptor of the listing itself is gone afterwards
-        for (auto const& entry : fs::directory_iterator(folder, none)) entries.push_back(entry);
-        for (auto const& entry : entries) {
-            std::string const name = entry.filename();
-            if (name.starts_with(prefix) && exists(symlink_status(entry, none)))
-                found[kind + name] = fs::read_symlink(entry, none);
-        }
+std::set<std::string> currentHoldings() {
+    namespace fs = std::filesystem;
+    std::set<std::string> found;
+    std::error_code gone;
+    std::string const id = std::to_string(getpid());
+    for (auto const& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::string const target = fs::read_symlink(entry, gone);
+        if (target != "/proc/" + id + "/fd")  // that of this listing
+            found.insert("descriptor " + entry.path().filename().string() + " " + target);
     }
+    for (fs::path const& folder : {fs::path("/dev/shm"), fs::temp_directory_path()})
+        for (auto const& entry : fs::directory_iterator(folder))
+            if (entry.path().filename().string().find("-" + id + "-") != std::string::npos)
+                found.insert(entry.path());
     siginfo_t child{};
     if (waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == 0)
-        found["child " + std::to_string(child.si_pid)];
+        found.insert("child " + std::to_string(child.si_pid));
     return found;
 }
 
