@@ -2,33 +2,22 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
-#include <set>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <portinglayer/files.h>
 #include <support/scratch.h>
 
-namespace {
-int refusal = 0;  // errno of every call below
-int drawn = 0;    // what the generator gives
-
-int _refuse() {
-    errno = refusal;
-    return -1;
-}
-}  // namespace
+static int refusal = 0;  // errno of both calls below; 0 lets a lock be taken
+static int drawn = 0;    // what the generator gives
 
 extern "C" {
 int rename(char const*, char const*) noexcept {
-    return _refuse();
+    errno = refusal;
+    return -1;
 }
 int flock(int, int) noexcept {
-    return _refuse();
-}
-int closedir(DIR* stream) {
-    (void)reinterpret_cast<int (*)(DIR*)>(dlsym(RTLD_NEXT, "closedir"))(stream);
-    return _refuse();
+    errno = refusal;
+    return refusal == 0 ? 0 : -1;
 }
 int rand() noexcept {
     return drawn;
@@ -36,44 +25,52 @@ int rand() noexcept {
 }
 
 TEST(FileFaults, RenameTellsTheReasonByItsTable) {
-    std::set<int> const refused{EPERM,  EBUSY,  EEXIST, EXDEV, ENOTDIR,
-                                EISDIR, EINVAL, ENOSPC, EROFS, ENOTEMPTY};
-    std::set<int> const device{EIO, EMLINK, ENAMETOOLONG, ELOOP};
+    std::vector<int> codes(134, PERR_SYSTEM);
+    for (int const error : {EIO, EMLINK, ENAMETOOLONG, ELOOP}) codes[error] = PERR_IO;
+    for (int const error :
+         {EPERM, EBUSY, EEXIST, EXDEV, ENOTDIR, EISDIR, EINVAL, ENOSPC, EROFS, ENOTEMPTY})
+        codes[error] = PERR_REFUSED;
+    codes[ENOENT] = PERR_NOT_FOUND;
     for (refusal = 1; refusal < 134; ++refusal)
-        EXPECT_EQ(PFile::rename(L"a", L"b"), refusal == ENOENT           ? PERR_NOT_FOUND
-                                             : refused.contains(refusal) ? PERR_REFUSED
-                                             : device.contains(refusal)  ? PERR_IO
-                                                                         : PERR_SYSTEM)
-            << refusal;
+        EXPECT_EQ(PFile::rename(L"a", L"b"), codes[refusal]) << refusal;
 }
 
-TEST(FileFaults, RefusedLocksLeaveHandlesHalfOpenAndListingsCloseAllTheSame) {
-    Scratch scratch;
-    for (auto const& [error, code] : {std::pair(EAGAIN, PERR_LOCKED), {ENOLCK, PERR_OPEN}})
-        for (unsigned int const flags : {18U, 32U}) {
-            refusal = error;
-            PString name(L"old", 3);
-            PFile file;
-            EXPECT_EQ(file.popen(scratch.wpath("f").c_str(), flags, 0), code) << error;
-            EXPECT_TRUE(file.pgetName(name) == PERR_OK && name.len() == 0) << "open, unnamed";
-            EXPECT_EQ(file.pclose(), PERR_OK) << "and nothing is moved";
-        }
-    PDir dir(L"/tmp", L"");
-    EXPECT_TRUE(dir.pclose() == PERR_OK && dir == PERR_OK);
+TEST(FileFaults, RefusedLocksLeaveHandlesHalfOpenAndRefusedMovesTheSibling) {
+    for (auto const& [error, code] :
+         {std::pair(EAGAIN, PERR_LOCKED), {ENOLCK, PERR_OPEN}, {0, PERR_OK}}) {
+        SCOPED_TRACE(error);
+        refusal = error;
+        Scratch scratch;
+        std::wstring const path = scratch.wpath("f");
+        PString name;
+        PFile file;
+        EXPECT_EQ(file.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0), code);
+        EXPECT_EQ(file.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0), PERR_ALREADY_OPEN);
+        EXPECT_EQ(file.pgetName(name), PERR_OK);
+        EXPECT_EQ(name, error == 0 ? path.c_str() : L"");
+        EXPECT_EQ(file.pclose(), error == 0 ? PERR_SYSTEM : PERR_OK) << "nothing to move";
+        EXPECT_EQ(scratch.names().size(), 1U);
+    }
 }
 
-TEST(FileFaults, RandomNumbersFitTheirRoomAndTakenOnesAreGivenUp) {
-    for (int const number : {0, 1, 2, 3, 9, 10, 99, 100, 238327, 238328}) {
+TEST(FileFaults, TemporaryNamesEndInANumberThatFitsItsRoom) {
+    for (int const number : {0, 1, 2, 3, 9, 10, 99, 100, 238327, 238328, 2147483647}) {
         drawn = number;
         std::unique_ptr<wchar_t[]> const made(PTempFile().getRandStr());
         EXPECT_EQ(made.get(), std::to_wstring(number % 238328));
+        EXPECT_EQ(PSystem::getRandom(5, 10), number == 2147483647 ? 15 : 5);
     }
-    drawn = 2147483647;
-    EXPECT_EQ(PSystem::getRandom(5, 10), 15);
-
-    Scratch scratch;
-    scratch.write("job7", "");
+    refusal = 0;
     drawn = 7;
-    PTempFile file;
-    EXPECT_EQ(file.popen(scratch.wpath("job").c_str(), 18, 0), PERR_OPEN) << "taken each time";
+    Scratch scratch;
+    std::wstring const prefix = scratch.wpath("\\job");
+    PTempFile file, second;
+    EXPECT_EQ(file.popen(prefix.c_str(), 0, 0), PERR_NO_SUCH_FILE) << "not to be created";
+    EXPECT_EQ(file.popen(prefix.c_str(), 18, 0), PERR_OK);
+    EXPECT_EQ(scratch.names(), std::vector<std::string>{"job7"});
+    EXPECT_EQ(second.popen(prefix.c_str(), 18, 0), PERR_OPEN) << "taken at each attempt";
+    EXPECT_EQ(file.PFile::pclose(), PERR_OK);
+    EXPECT_EQ(file.popen(L"x", 18, 0), PERR_ALREADY_OPEN) << "closed as another class";
+    EXPECT_EQ(file.pclose(), PERR_NOT_OPEN);
+    EXPECT_EQ(file.popen(L"", 18, 0), PERR_INVALID_ARGUMENT) << "free again";
 }

@@ -1,106 +1,99 @@
+#include <csignal>
 #include <filesystem>
+#include <map>
 #include <set>
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <portinglayer/files.h>
+#include <portinglayer/libraries.h>
+#include <support/child_run.h>
 #include <support/scratch.h>
 
 namespace fs = std::filesystem;
 
-static int _removeAll(Scratch const& scratch, std::string const& name) {
-    return PFile::removeAll(scratch.wpath(name).c_str());
-}
-
-TEST(FileOperations, TellWhatStandsUnderAName) {
+TEST(FileOperations, TellWhatStandsUnderANameAndMoveAndDeleteIt) {
     Scratch scratch;
-    scratch.write("file", "");
     fs::create_symlink(scratch.dir(), scratch.path("link"));
     fs::create_symlink("none", scratch.path("dangling"));
-    struct {
-        std::wstring name;
-        bool exists;
-        std::set<int> kinds;
-    } const rows[] = {
-        {scratch.wpath("file"), true, {0}},
-        {scratch.wpath("link"), true, {1}},
-        {scratch.wpath("dangling"), false, {0, 1, 2}},
-        {L"\\dev\\null", true, {2}},
-        {L"/tmp/\u00e9", false, {0, 1, 2}},  // not in the C locale
-        {L"", false, {}},
+    std::wstring const file = wide(scratch.write("file", "content")), to = scratch.wpath("\\moved");
+    std::map<std::wstring, std::set<int>> const kinds{
+        {file, {0}},
+        {scratch.wpath("link"), {1}},
+        {L"\\dev\\null", {2}},
+        {scratch.wpath("dangling"), {0, 1, 2}},
+        {L"/tmp/\u00e9", {0, 1, 2}},  // not in the C locale
+        {L"", {}},
     };
-    for (auto const& row : rows) {
-        EXPECT_EQ(PFile::exists(row.name.c_str()), row.exists);
+    for (auto const& [name, expected] : kinds) {
+        EXPECT_EQ(PFile::exists(name.c_str()), expected.size() == 1);
         for (int kind = -1; kind < 4; ++kind)
-            EXPECT_EQ(PFile::check(row.name.c_str(), kind), row.kinds.contains(kind)) << kind;
+            EXPECT_EQ(PFile::check(name.c_str(), kind), expected.contains(kind)) << kind;
     }
+    for (int const code : {PFile::rename(L"", L"x"), PFile::rename(L"x", L""), PFile::pdelete(L"")})
+        EXPECT_EQ(code, PERR_INVALID_ARGUMENT);
+    EXPECT_EQ(PFile::rename(file.c_str(), L"\u00e9"), PERR_SYSTEM);
+    EXPECT_EQ(PFile::rename(file.c_str(), to.c_str()), PERR_OK);
+    EXPECT_EQ(scratch.read("moved"), "content");
+    EXPECT_EQ(PFile::pdelete(to.c_str()), PERR_OK);
+    EXPECT_EQ(PFile::pdelete(to.c_str()), PERR_NO_SUCH_FILE);
 }
 
-TEST(FileOperations, DeleteAndRenameGiveTheirCodes) {
+TEST(FileOperations, RemoveAllEmptiesWhatLinksLeadToAndStopsAtWhatItCannotSee) {
     Scratch scratch;
-    fs::create_directories(scratch.path("full/sub"));
-    std::wstring const file = wide(scratch.write("a", "content"));
-    std::wstring const folder = scratch.wpath("full"), target = scratch.wpath("full\\b");
-    EXPECT_EQ(PFile::rename(L"", L"x"), PERR_INVALID_ARGUMENT);
-    EXPECT_EQ(PFile::rename(L"x", L""), PERR_INVALID_ARGUMENT);
-    EXPECT_EQ(PFile::rename(file.c_str(), L"\u00e9"), PERR_SYSTEM) << "no name for the system";
-    EXPECT_EQ(PFile::rename(file.c_str(), folder.c_str()), PERR_REFUSED);
-    EXPECT_EQ(PFile::rename(file.c_str(), target.c_str()), PERR_OK);
-    EXPECT_EQ(scratch.read("full/b"), "content");
-    EXPECT_EQ(PFile::pdelete(L""), PERR_INVALID_ARGUMENT);
-    EXPECT_EQ(PFile::pdelete(L"\u00e9"), PERR_DELETE);
-    EXPECT_EQ(PFile::pdelete(file.c_str()), PERR_NO_SUCH_FILE);
-    EXPECT_EQ(PFile::pdelete(folder.c_str()), PERR_DELETE);
-    EXPECT_EQ(PFile::pdelete(target.c_str()), PERR_OK);
-}
-
-TEST(RemoveAll, RemovesTreesAndWhatLinksInThemLeadTo) {
-    Scratch scratch;
-    for (int i = 0; i < 1000; ++i) {
-        std::string const folder = "tree/" + std::to_string(i % 4) + "/" + std::to_string(i % 7);
+    for (char const* const folder : {"tree/a/b/c", "target/sub", "dangling", "loop", "odd"})
         fs::create_directories(scratch.path(folder));
-        scratch.write(folder + "/" + std::to_string(i), "x");
-    }
-    fs::create_directories(scratch.path("target/sub"));
-    fs::create_symlink(scratch.path("target"), scratch.path("tree/link"));
-    EXPECT_EQ(_removeAll(scratch, "tree/"), PERR_OK);
-    EXPECT_EQ(scratch.names(), std::vector<std::string>{"target"}) << "the link's target stays";
-    EXPECT_TRUE(fs::is_empty(scratch.path("target"))) << "its content goes";
-}
-
-TEST(RemoveAll, GivesItsCodes) {
-    Scratch scratch;
-    for (char const* const folder : {"dangling", "loop", "odd"})
-        fs::create_directory(scratch.path(folder));
+    for (int i = 0; i < 300; ++i) scratch.write("tree/a/" + std::to_string(i), "x");
+    fs::create_symlink(scratch.path("target"), scratch.path("tree/a/b/link"));
     fs::create_symlink("none", scratch.path("dangling/link"));
     fs::create_symlink(scratch.path("loop"), scratch.path("loop/self"));
-    scratch.write("odd/b\\c", "");
-    EXPECT_EQ(PFile::removeAll(L""), PERR_DIR_NOT_FOUND);
-    EXPECT_EQ(_removeAll(scratch, "odd/b\\c"), PERR_DIR_NOT_FOUND) << "a slash";
-    EXPECT_EQ(_removeAll(scratch, "odd"), PERR_DIR_NOT_FOUND) << "likewise, below";
-    EXPECT_EQ(_removeAll(scratch, "dangling"), PERR_DIR_NOT_FOUND);
-    EXPECT_EQ(_removeAll(scratch, "loop"), PERR_DIR_NOT_FOUND) << "too many links in a path";
+    scratch.write("odd/b\\c", "");  // a slash, for those who look
+    for (char const* const name : {"dangling", "loop", "odd", "none"})
+        EXPECT_EQ(PFile::removeAll(scratch.wpath(name).c_str()), PERR_DIR_NOT_FOUND) << name;
     EXPECT_EQ(PFile::removeAll(L"/dev/null/"), PERR_INVALID_ARGUMENT) << "less its slash";
+    EXPECT_EQ(PFile::removeAll(scratch.wpath("tree\\").c_str()), PERR_OK);
+    EXPECT_FALSE(fs::exists(scratch.path("tree")));
+    EXPECT_TRUE(fs::is_empty(scratch.path("target"))) << "the link's target stays, empty";
 }
 
-TEST(RemoveAll, TriesAnUnreadableFolderAllTheSame) {
+TEST(FileOperations, GiveTheirCodesAtTheLimitsOfTheSystem) {
+    constexpr int MOST = 1 << 20;
     Scratch scratch;
-    fs::create_directories(scratch.path("full/sub"));
-    fs::create_directory(scratch.path("empty"));
-    for (char const* const folder : {"full", "empty"})
-        fs::permissions(scratch.path(folder), fs::perms::none);
+    std::wstring const f = scratch.wpath("f"), dir = scratch.wpath("closed");
+    fs::create_directory(scratch.path("closed"));
+    fs::permissions(scratch.path("closed"), fs::perms::none);
     fs::permissions(scratch.dir(), fs::perms::all);
-    pid_t const child = fork();
-    if (child == 0) {  // as somebody whom permissions bind
-        if (geteuid() == 0 && setresuid(65534, 65534, 65534) != 0) _exit(4);
-        _exit((_removeAll(scratch, "full") == PERR_DELETE ? 0 : 1) +
-              (_removeAll(scratch, "empty") == PERR_OK ? 0 : 2));
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "1 for the full one, 2 for the empty one";
-    fs::permissions(scratch.path("full"), fs::perms::owner_all);
+    ChildRun child([&] {
+        rlimit const bytes{MOST, MOST}, none{0, 0};
+        std::string const much(MOST + 1, 'x');
+        PLiteral const path(f.c_str()), closed(dir.c_str());
+        unsigned long done = 0;
+        PLibrary* library = nullptr;
+        PTempFile temporary;
+        PFile file, other;
+        EXPECT_TRUE(geteuid() != 0 || setresuid(65534, 65534, 65534) == 0);
+        EXPECT_EQ(PDir().popen(closed, L""), PERR_DIR_NOT_OPEN);
+        EXPECT_EQ(PFile::removeAll(closed), PERR_OK) << "unlisted";
+
+        EXPECT_TRUE(signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &bytes) == 0);
+        EXPECT_EQ(file.popen(path, PFile::OPEN_SAFE_WRITE, 0), PERR_OK);
+        EXPECT_EQ(file.pwrite(much.data(), much.size(), done), PERR_OK) << "as much as fits";
+        EXPECT_EQ(file.pwrite(much.data(), 1, done), PERR_WRITE);
+        EXPECT_EQ(file.pwriteLine(L"x"), PERR_WRITE);
+
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+        EXPECT_EQ(other.popen(path, PFile::OPEN_READ, 1), PERR_OPEN);
+        EXPECT_EQ(other.popen(path, PFile::OPEN_SAFE_WRITE, 0), PERR_OPEN);
+        EXPECT_EQ(temporary.popen(path, 18, 0), PERR_OPEN) << "after all attempts";
+        EXPECT_EQ(PDir().popen(L"/tmp", L""), PERR_DIR_NOT_OPEN);
+        EXPECT_EQ(PSystem::getTempDir().len(), 0U);
+        EXPECT_EQ(PFile::removeAll(wide(scratch.dir()).c_str()), PERR_DELETE);
+        EXPECT_EQ(PLibrary::load(L"libanl.so.1", library, true), PERR_LIBRARY_LOAD);
+        EXPECT_EQ(file.pclose(), PERR_OK);
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(scratch.read("f").size(), MOST) << "moved, cut as it is";
 }

@@ -1,148 +1,171 @@
+#include <clocale>
+#include <csignal>
+#include <memory>
+#include <random>
+#include <regex>
+#include <sstream>
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <portinglayer/files.h>
 #include <support/child_run.h>
+#include <support/interrupted.h>
 #include <support/scratch.h>
-
-static_assert(sizeof(PFile) == 64 && alignof(PFile) == 8 && !std::is_copy_constructible_v<PFile>);
-
-constexpr unsigned int WRITE_NEW = PFile::OPEN_WRITE | PFile::OPEN_CREATE;
 
 TEST(FileHandle, OpensByItsModeBits) {
     Scratch scratch;
-    std::wstring const f = scratch.wpath("f");
-    struct {
-        char const* what;
-        std::wstring name;
-        unsigned int flags, share;
-        int code, access;
-    } const rows[] = {
-        {"no bit reads", f, 0, 1, PERR_OK, O_RDONLY},
-        {"both, unknown bits", f, 64 + 3, 1, PERR_OK, O_RDWR},
-        {"append alone", f, 4, 1, PERR_OK, O_RDONLY | O_APPEND},
-        {"truncate", f, 10, 1, PERR_OK, O_WRONLY},
-        {"create keeps", f, 16, 1, PERR_OK, O_RDONLY},
-        {"create truncates unwritten", f, 24, 1, PERR_OK, O_RDONLY},
-        {"truncate needs write", f, 8, 1, PERR_INVALID_ARGUMENT, 0},
-        {"safe write stands alone", f, 33, 0, PERR_INVALID_ARGUMENT, 0},
-        {"and is exclusive", f, 32, 1, PERR_INVALID_ARGUMENT, 0},
-        {"no name", L"", 1, 1, PERR_INVALID_ARGUMENT, 0},
-        {"no file", scratch.wpath("none"), 3, 1, PERR_NO_SUCH_FILE, 0},
-        {"no folder", scratch.wpath("none/f"), 32, 0, PERR_NO_SUCH_FILE, 0},
-        {"a folder", scratch.wpath(""), 2, 1, PERR_OPEN, 0},
-        {"not in the C locale", L"/tmp/\u00e9", 16, 1, PERR_OPEN, 0},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        scratch.write("f", "old");
+    for (auto const& [flags, access] : {std::pair(0U, O_RDONLY),
+                                        {64U + 3U, O_RDWR},
+                                        {4U, O_RDONLY | O_APPEND},
+                                        {10U, O_WRONLY},
+                                        {16U, O_RDONLY},
+                                        {24U, O_RDONLY}}) {
+        SCOPED_TRACE(flags);
+        std::wstring const path = wide(scratch.write("f", "old"));
         int const descriptor = dup(0);  // and free again, for the file to get it
         (void)close(descriptor);
         PFile file;
-        EXPECT_EQ(file.popen(row.name.c_str(), row.flags, row.share), row.code);
-        ASSERT_EQ(file.isOpen(), row.code == PERR_OK);
-        if (!file.isOpen()) continue;
-        EXPECT_EQ(fcntl(descriptor, F_GETFL) & (O_ACCMODE | O_APPEND), row.access);
+        ASSERT_EQ(file.popen(path.c_str(), flags, 1), PERR_OK);
+        EXPECT_EQ(fcntl(descriptor, F_GETFL) & (O_ACCMODE | O_APPEND), access);
         EXPECT_EQ(fcntl(descriptor, F_GETFD), FD_CLOEXEC);
-        EXPECT_EQ(scratch.read("f"), (row.flags & PFile::OPEN_TRUNCATE) != 0 ? "" : "old");
+        EXPECT_EQ(scratch.read("f"), (flags & PFile::OPEN_TRUNCATE) != 0 ? "" : "old");
     }
+    PFile file;
+    for (auto const& [flags, share] : {std::pair(8U, 1U), {33U, 0U}, {32U, 1U}})
+        EXPECT_EQ(file.popen(scratch.wpath("f").c_str(), flags, share), PERR_INVALID_ARGUMENT);
+    EXPECT_EQ(file.popen(L"", 1, 1), PERR_INVALID_ARGUMENT);
+    EXPECT_EQ(file.popen(scratch.wpath("none/f").c_str(), 32, 0), PERR_NO_SUCH_FILE);
+    EXPECT_EQ(file.popen(L"/tmp/\u00e9", 16, 1), PERR_OPEN) << "not in the C locale";
+    EXPECT_FALSE(file.isOpen());
 }
 
 TEST(FileHandle, ReadsWritesAndSeeks) {
     Scratch scratch;
-    char buffer[8] = {};
+    char at[8] = {};
     unsigned long done = 77;
     long long size = 0;
     PString line(L"kept", 4);
     PFile file;
-    EXPECT_EQ(file.pread(nullptr, 1, done), PERR_INVALID_ARGUMENT)
-        << "before openness is looked at";
-    for (int const code : {file.pread(buffer, 1, done), file.pwrite(buffer, 1, done), file.pflush(),
+    EXPECT_EQ(file.pread(nullptr, 1, done), PERR_INVALID_ARGUMENT) << "even if closed";
+    for (int const code : {file.pread(at, 1, done), file.pwrite(at, 1, done), file.pflush(),
                            file.pseek(0, 0), file.pgetSize(size), file.pgetName(line),
                            file.preadLine(line), file.pwriteLine(line), file.pclose()})
         EXPECT_EQ(code, PERR_NOT_OPEN);
-
-    ASSERT_EQ(file.popen(scratch.wpath("f").c_str(), WRITE_NEW, 1), PERR_OK);
-    EXPECT_EQ(file.preadLine(line), PERR_READ);
-    EXPECT_EQ(file.pwrite(buffer, 0, done), PERR_END_OF_FILE);
-    EXPECT_TRUE(done == 77 && line == L"kept") << "failures leave outputs alone";
-    EXPECT_EQ(file.pwrite("hello", 5, done), PERR_OK);
-    EXPECT_EQ(file.pclose(), PERR_OK);
-    ASSERT_EQ(file.popen(scratch.wpath("f").c_str(), PFile::OPEN_READ, 1), PERR_OK);
-    EXPECT_EQ(file.pseek(-2, 2), PERR_OK);
+    ASSERT_EQ(file.popen(wide(scratch.write("f", "hello")).c_str(), 3, 1), PERR_OK);
+    EXPECT_EQ(file.pwrite(at, 0, done), PERR_END_OF_FILE);
     EXPECT_EQ(file.pseek(-1, 0), PERR_SEEK);
-    EXPECT_EQ(file.pread(buffer, sizeof buffer, done), PERR_OK);
-    EXPECT_TRUE(std::string(buffer, done) == "lo" && file.pgetSize(size) == PERR_OK && size == 5);
-    EXPECT_EQ(file.pread(buffer, sizeof buffer, done), PERR_END_OF_FILE);
-    EXPECT_EQ(file.pclose(), PERR_OK);
-    ASSERT_EQ(file.popen(L"\\dev\\full", PFile::OPEN_WRITE, 1), PERR_OK);
-    EXPECT_TRUE(file.pgetName(line) == PERR_OK && line == L"/dev/full");
-    EXPECT_EQ(file.pwriteLine(L"x"), PERR_WRITE) << "no space";
+    EXPECT_TRUE(done == 77 && line == L"kept") << "failures leave outputs alone";
+    EXPECT_TRUE(file.pseek(-2, 2) == PERR_OK && file.pread(at, sizeof at, done) == PERR_OK);
+    EXPECT_TRUE(std::string(at, done) == "lo" && file.pgetSize(size) == PERR_OK && size == 5);
 }
 
-TEST(FileHandle, SecondExclusiveOpenIsRefusedAndStaysHalfOpen) {
+TEST(FileLines, AreWrittenAsMultibyteTextAndReadAsSignedBytes) {
     Scratch scratch;
-    std::wstring const path = scratch.wpath("f");
-    PFile first, second;
-    ASSERT_EQ(first.popen(path.c_str(), WRITE_NEW, 0), PERR_OK);
-    EXPECT_EQ(second.popen(path.c_str(), PFile::OPEN_READ, 0), PERR_LOCKED);
-    EXPECT_EQ(second.popen(path.c_str(), PFile::OPEN_READ, 1), PERR_ALREADY_OPEN);
-    EXPECT_EQ(second.pclose(), PERR_OK);
-    EXPECT_EQ(second.popen(path.c_str(), PFile::OPEN_READ, 1), PERR_OK) << "without a lock";
-}
-
-TEST(FileHandle, OneOfEightProcessesGetsTheFile) {
-    Scratch scratch;
-    std::string const path = scratch.write("f", "");
-    {
-        std::vector<ChildRun> holders;
-        for (int i = 0; i < 8; ++i)
-            holders.emplace_back(ChildRun({"hold", path, scratch.path("go"), scratch.path("")}));
-        scratch.write("go", "");
-        ASSERT_TRUE(eventually([&] { return scratch.names().size() == 2 + 8; }));
+    std::mt19937 random(42);
+    for (char const* const end : {"\r", "no feed"}) {
+        std::string content;
+        PString line;
+        PFile file;
+        ASSERT_EQ(file.popen(scratch.wpath("f").c_str(), 27, 1), PERR_OK);
+        for (int round = 0; round < 2000; ++round) {
+            (void)std::setlocale(LC_CTYPE, round % 2 == 0 ? "C.UTF-8" : "C");
+            std::wstring text;
+            for (auto left = random() % (round % 9 == 0 ? 600 : 20); left > 0; --left)
+                text +=
+                    L"az ~}{|\\/\x7f\x1f\r\n\u00e9\u6f22"[random() % (round % 3 == 0 ? 15 : 13)];
+            std::unique_ptr<char[]> const narrow(PLiteral(text.c_str()).ascii());
+            content += std::string(narrow ? narrow.get() : "") + "\n";
+            EXPECT_EQ(file.pwriteLine(text.c_str()), PERR_OK);
+        }
+        ASSERT_EQ(scratch.read("f"), content);
+        std::istringstream model(content + std::string("a\0b\n", 4) + end);
+        scratch.write("f", model.str());
+        EXPECT_EQ(file.pseek(0, 0), PERR_OK);
+        for (std::string bytes; std::getline(model, bytes);) {
+            std::wstring chars;
+            for (char const byte : bytes)
+                if (byte != '\r') chars += static_cast<signed char>(byte);
+            if (model.eof() && chars.empty()) break;
+            ASSERT_EQ(file.preadLine(line), PERR_OK);
+            ASSERT_EQ(line, chars.c_str()) << "seed 42";  // a zero byte cuts it
+        }
+        EXPECT_EQ(file.preadLine(line), PERR_END_OF_FILE);
     }
-    EXPECT_EQ(scratch.names().at(6).substr(0, 5), std::to_string(PERR_LOCKED) + ".");
-    EXPECT_EQ(scratch.names().at(7).substr(0, 2), std::to_string(PERR_OK) + ".");
+}
+
+TEST(FileLines, LoseWhatFollowsThemInAPipeWhereSignalsEndTheWait) {
+    Scratch scratch;
+    std::wstring const name = scratch.wpath("pipe");
+    ASSERT_EQ(mkfifo(scratch.path("pipe").c_str(), 0600), 0);
+    std::string much(1 << 20, 'x');
+    unsigned long done = 0;
+    PString line;
     PFile file;
-    EXPECT_EQ(file.popen(wide(path).c_str(), PFile::OPEN_WRITE, 0), PERR_OK) << "all are gone";
+    EXPECT_EQ(interrupted([&] { return file.popen(name.c_str(), 1, 1); }), PERR_OPEN);
+    ASSERT_EQ(file.popen(name.c_str(), 3, 1), PERR_OK);
+    EXPECT_TRUE(file.pwriteLine(L"one") == PERR_OK && file.pwriteLine(L"lost") == PERR_OK);
+    EXPECT_TRUE(file.preadLine(line) == PERR_OK && line == L"one");
+    EXPECT_EQ(interrupted([&] { return file.preadLine(line); }), PERR_READ);
+    EXPECT_EQ(interrupted([&] { return file.pread(much.data(), 1, done); }), PERR_READ);
+    EXPECT_EQ(interrupted([&] { return file.pwrite(much.data(), much.size(), done); }), PERR_OK);
+    EXPECT_LT(done, much.size()) << "no more than there was room for";
+    EXPECT_EQ(interrupted([&] { return file.pwriteLine(L"x"); }), PERR_WRITE);
 }
 
-TEST(SafeWrite, SurvivesTheDeathOfTheWriter) {
-    for (std::string const stage : {"open", "written", "flushed", "closed"}) {
-        SCOPED_TRACE(stage);
-        bool const closed = stage == "closed";
-        Scratch scratch;
-        std::string const path = scratch.write("f", "old");
-        ChildRun writer({"replace", path, stage, scratch.path("ready")});
-        std::string const sibling = "f.talv_temp-" + std::to_string(writer.pid) + "-";
-        ASSERT_TRUE(eventually([&] { return scratch.read("ready") == "there"; }));
-        writer.kill();
-        EXPECT_EQ(scratch.read("f"), closed ? "new" : "old");
-        ASSERT_EQ(scratch.names().size(), closed ? 2U : 3U) << "file, sibling, ready";
-        if (closed) continue;
-        std::string const name = scratch.names().at(1);
-        EXPECT_EQ(name.substr(0, sibling.size()), sibling);
-        EXPECT_EQ(name.find_first_not_of("0123456789", sibling.size()), name.npos);
-    }
-}
-
-TEST(SafeWrite, LeavesItsSiblingWhenItCannotBeMoved) {
+TEST(FileHandle, ExclusiveIsHeldByOneProcessAtATime) {
     Scratch scratch;
-    PString name;
-    PFile file;
-    ASSERT_EQ(PDir::pcreate(scratch.wpath("f").c_str()), PERR_OK);
-    ASSERT_EQ(file.popen(scratch.wpath("f").c_str(), PFile::OPEN_SAFE_WRITE, 0), PERR_OK);
-    EXPECT_TRUE(file.pgetName(name) == PERR_OK && name == scratch.wpath("f").c_str());
-    EXPECT_EQ(file.pclose(), PERR_SYSTEM) << "a folder is in the way";
-    EXPECT_EQ(scratch.names().size(), 2U);
+    std::wstring const path = wide(scratch.write("f", ""));
+    std::vector<ChildRun> children;
+    while (children.size() < 6)
+        children.emplace_back([&] {
+            for (int turn = 0; turn < 20; ++turn) {
+                unsigned long done = 0;
+                char count = 0;
+                PFile file;
+                while (file.popen(path.c_str(), 3, 0) == PERR_LOCKED) (void)file.pclose();
+                (void)file.pread(&count, 1, done);  // nothing at the very first
+                (void)usleep(500);
+                ++count;
+                if (file.pseek(0, 0) + file.pwrite(&count, 1, done) != PERR_OK) return 1;
+            }
+            return 0;
+        });
+    for (ChildRun& child : children) EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(scratch.read("f"), std::string(1, 6 * 20)) << "an update was lost";
 }
 
-TEST(FileName, IsWhatFollowsTheLastSlash) {
-    for (auto const& [path, expected] :
-         {std::pair(L"/a/b/c.txt", L"c.txt"), {L"dir/", L""}, {L"a\\b", L"a\\b"}, {L"", L""}}) {
-        PString name(path, P_WHOLE_STRING);
-        PFile::getFileName(name);
-        EXPECT_EQ(name, expected);
-    }
+TEST(SafeWrite, IsSeenWholeOrNotAtAllWhileManyWriteAndOneDies) {
+    Scratch scratch;
+    std::wstring const path = scratch.wpath("f"), stop = scratch.wpath("stop");
+    auto const write = [&](char sign, int signal) {
+        PFile file;
+        (void)file.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0);
+        (void)file.pwriteLine(std::wstring(5000, sign).c_str());  // in two writes
+        return raise(signal) + file.pclose();
+    };
+    EXPECT_EQ(write('o', 0), PERR_OK);
+    ChildRun killed([&] { return write('k', SIGKILL); });
+    std::regex const sibling("f\\.talv_temp-" + std::to_string(killed.pid) + "-[0-9]+");
+    EXPECT_EQ(killed.wait(), -SIGKILL);
+    std::vector<ChildRun> writers;
+    for (char const sign : {'a', 'b', 'c'})
+        writers.emplace_back([&] {
+            int result = PERR_OK;
+            while (result == PERR_OK && !PFile::exists(stop.c_str())) result = write(sign, 0);
+            return result;
+        });
+    std::string seen;
+    EXPECT_TRUE(eventually([&, reads = 0]() mutable {
+        std::string const content = scratch.read("f");
+        EXPECT_TRUE(content == std::string(5000, content[0]) + "\n") << content.size();
+        if (seen.find(content[0]) == seen.npos) seen += content[0];
+        return ++reads > 200 && seen.size() > 2;
+    }));
+    scratch.write("stop", "");
+    for (ChildRun& writer : writers) EXPECT_EQ(writer.wait(), PERR_OK);
+    ASSERT_EQ(scratch.names().size(), 3U) << "file, stop, and what the killed one left";
+    EXPECT_TRUE(std::regex_match(scratch.names()[1], sibling)) << scratch.names()[1];
 }

@@ -4,10 +4,6 @@
 ///   spin SECONDS        keeps a processor busy
 ///   report FILE ...     writes folder, arguments and environment to FILE, a line each
 ///   ignore FILE         ignores SIGTERM, creates FILE when it does, then sleeps
-///   hold FILE GO FOLDER once GO exists, opens FILE exclusively, creates CODE.PID in FOLDER, sleeps
-///   replace FILE STAGE READY
-///                       writes "new" safely to FILE as far as STAGE (open, written, flushed,
-///                       closed), creates READY when it got there, sleeps
 ///   tree DEPTH FILE     starts `tree DEPTH-1 FILE`, appends its id to FILE, sleeps, and appends
 ///                       its id and "ended" on SIGTERM
 ///   raise KIND NAME FILE TURNS
@@ -24,36 +20,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <portinglayer/files.h>
 #include <portinglayer/synchronisation.h>
 
 #include "process/cpu_sampling.h"
 
 namespace {
-
-std::wstring _wide(char const* ascii) {
-    return {ascii, ascii + std::strlen(ascii)};
-}
-
-int _hold(char** argv) {
-    while (access(argv[3], F_OK) != 0) (void)usleep(500);
-    PFile file;
-    int const result = file.popen(_wide(argv[2]).c_str(), PFile::OPEN_WRITE, 0);
-    std::ofstream(argv[4] + std::to_string(result) + "." + std::to_string(getpid()));
-    return static_cast<int>(sleep(60));
-}
-
-int _replace(char** argv) {
-    std::string const stage = argv[3];
-    unsigned long done = 0;
-    PFile file;
-    if (file.popen(_wide(argv[2]).c_str(), PFile::OPEN_SAFE_WRITE, 0) != PERR_OK) return 1;
-    if (stage != "open" && file.pwrite("new", 3, done) != PERR_OK) return 1;
-    if (stage == "flushed" && file.pflush() != PERR_OK) return 1;
-    if (stage == "closed" && file.pclose() != PERR_OK) return 1;
-    std::ofstream(argv[4]) << "there";
-    return static_cast<int>(sleep(60));
-}
 
 int endings = -1;
 std::string ending;
@@ -127,8 +98,6 @@ int main(int argc, char** argv) {
     if (mode == "spin") return _spin(number);
     if (mode == "report") return _report(argc, argv);
     if (mode == "ignore") return _ignore(argv[2]);
-    if (mode == "hold" && argc > 4) return _hold(argv);
-    if (mode == "replace" && argc > 4) return _replace(argv);
     if (mode == "sample") return static_cast<int>(_getSampleTime()) == number ? 0 : 1;
     if (mode == "tree" && argc > 3) return _tree(number, argv);
     if (mode == "raise" && argc > 5)

@@ -1,4 +1,0 @@
-// What the tests of dynamic libraries load.
-extern "C" int pluginAnswer() {
-    return 42;
-}
