@@ -16,11 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
     std::string name = pattern.size() < size ? all.substr(pattern.size() + 1).c_str() : "";
     std::replace(name.begin(), name.end(), '/', '_');  // no name in a directory holds one
     std::wstring const wide(pattern.begin(), pattern.end());
-    bool ascii = !pattern.empty();
-    for (char const c : pattern) ascii = ascii && c > 0;
-    if (ascii && NamePattern(wide.c_str()).matches(name.c_str()) !=
-                     (fnmatch(pattern.c_str(), name.c_str(), FNM_PATHNAME | FNM_NOESCAPE) == 0))
-        abort();
+    bool const ascii =
+        !pattern.empty() && std::ranges::all_of(pattern, [](char c) { return c > 0; });
+    bool const matches = fnmatch(pattern.c_str(), name.c_str(), FNM_PATHNAME | FNM_NOESCAPE) == 0;
+    if (ascii && NamePattern(wide.c_str()).matches(name.c_str()) != matches) abort();
 
     // The text's own characters are formatted, never used as a format.
     PString out;

@@ -11,17 +11,12 @@
 
 // What the readers of /proc make of files that hold anything: every fopen gives the input.
 
-namespace {
-
-std::string source;
-
-}  // namespace
+static std::string source;
 
 extern "C" FILE* __real_fopen(char const* path, char const* mode);
 extern "C" FILE* __wrap_fopen(char const* path, char const* mode);
 FILE* __wrap_fopen(char const* path, char const* mode) {
-    bool const replaced = std::string(path).starts_with("/proc/");
-    return __real_fopen(replaced ? source.c_str() : path, mode);
+    return __real_fopen(std::string(path).starts_with("/proc/") ? source.c_str() : path, mode);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size) {
@@ -48,12 +43,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
     PFile file;
     proc_stat process;
     cpu_stat machine;
-    std::wstring const path(source.begin(), source.end());
-    if (file.popen(path.c_str(), PFile::OPEN_READ, 1) == PERR_OK) {
-        (void)_readProcStat(file, self, &process);
-        (void)file.pseek(0, 0);
-        (void)_readCpuStat(file, &machine);
-    }
+    (void)file.popen(std::wstring(source.begin(), source.end()).c_str(), PFile::OPEN_READ, 1);
+    (void)_readProcStat(file, self, &process);
+    (void)file.pseek(0, 0);
+    (void)_readCpuStat(file, &machine);
     (void)close(memory);
     return 0;
 }

@@ -1,0 +1,104 @@
+#include <algorithm>
+#include <clocale>
+#include <random>
+
+#include <fuzz/streams.h>
+#include <gtest/gtest.h>
+
+#include <portinglayer/data_streams.h>
+
+namespace {
+
+using R = PDataReader;
+using W = PDataWriter;
+
+std::string hex(Bytes const& bytes) {
+    std::string result;
+    for (unsigned char const byte : bytes)
+        result += {' ', "0123456789ABCDEF"[byte / 16], "0123456789ABCDEF"[byte % 16]};
+    return result;
+}
+
+}  // namespace
+
+TEST(Streams, AreWrittenByteForByteAndNothingIsTakenBack) {
+    Bytes data;
+    W writer(data);
+    writer.setOffset(7);  // means nothing to a writer
+    writer.appendByte(0xAB);
+    writer.appendShort(-32767);
+    writer.appendWord(32769);
+    writer.appendInt(-2);
+    writer.appendDword(0x01020304);
+    writer.appendLong(-2);
+    writer.appendQword(0x0102030405060708);
+    EXPECT_EQ(hex(data), " AB 80 01 80 01 FF FF FF FE 01 02 03 04"
+                         " FF FF FF FF FF FF FF FE 01 02 03 04 05 06 07 08");
+    EXPECT_EQ(getEndianness(), 1);
+
+    std::vector<PTargetInfo> records{{{PLiteral(L"ab"), 258}, {PLiteral(L"p"), {}}},
+                                     {{{}, 7}, {{}, PLiteral(L"\u00e9")}}};
+    writer.eraseData();
+    EXPECT_EQ(PDataFormaterUtils::writePTargetInfoArray(writer, records), PERR_DATA_ENCODE);
+    EXPECT_EQ(hex(data), " 07 00 00 00 02 09 85 00 00 00 02 61 62 07 00 00 01 02"
+                         " 09 85 00 00 00 01 70 09 85 00 00 00 00"
+                         " 09 85 00 00 00 00 07 00 00 00 07 09 85 00 00 00 00");
+    R reader(data);
+    EXPECT_EQ(PDataFormaterUtils::readPTargetInfoArray(reader, records), PERR_DATA_SHORT);
+    EXPECT_EQ(records.size(), 3U) << "the list is appended to";
+}
+
+TEST(Streams, CarryOneByteForEachCharacter) {
+    struct {
+        char const* locale;
+        wchar_t const* text;
+        std::string block;  // empty where the text cannot be written
+    } const rows[] = {
+        {"C", L"a\u00e9", ""},
+        {"C", L"", " 85 00 00 00 00"},
+        {"C.UTF-8", L"a\u00e9", " 85 00 00 00 02 61 00"},
+        {"C.UTF-8", L"\u20acxyz", " 85 00 00 00 04 E2 82 AC 78"},
+        {"C.UTF-8", L"\u00e9", ""},
+        {"C.UTF-8", L"ab\xd800", ""},
+    };
+    for (auto const& [locale, text, block] : rows) {
+        SCOPED_TRACE(std::string(locale) + " " + testing::PrintToString(text));
+        ASSERT_NE(setlocale(LC_CTYPE, locale), nullptr);
+        int const code = block.empty() ? PERR_DATA_ENCODE : PERR_OK;
+        Bytes bytes, item, list;
+        EXPECT_EQ(W(item).decodeUtf8(PLiteral(text), bytes), *text ? code : PERR_DATA_ENCODE);
+        EXPECT_EQ(hex(bytes), block.empty() ? "" : block.substr(15));
+        EXPECT_EQ(W(item).writeString(PLiteral(text)), code);
+        EXPECT_EQ(hex(item), block.empty() ? "" : " 09" + block);
+        EXPECT_EQ(W(list).writeStrings({PLiteral(L"x"), PLiteral(text)}), code);
+        EXPECT_EQ(hex(list), " 89 00 00 00 02 85 00 00 00 01 78" + block) << "no rollback";
+        std::vector<PString> read(1);
+        EXPECT_EQ(R(list).readStrings(read), block.empty() ? PERR_DATA_SHORT : PERR_OK);
+        EXPECT_EQ(read.size(), block.empty() ? 2U : 3U) << "the list is appended to";
+    }
+    PString text;
+    EXPECT_EQ(R(Bytes{'x'}).encodeUtf8({'a', 0, 'b'}, text), PERR_OK);
+    EXPECT_EQ(R(Bytes{'x'}).encodeUtf8({}, text), PERR_DATA_DECODE);
+    EXPECT_TRUE(text == L"a");
+}
+
+TEST(Streams, AgreeWithAPlainModelOnArbitraryBytes) {
+    unsigned int const seed = std::random_device()();
+    std::mt19937 random(seed);
+    char const* const parts[] = {"\x09\x85zzz",  "\x89zzz",  "\x07zzz",  "\x85zzz", "\x85zz\x01z",
+                                 "\xFF\xFF\xFF", "\xC3\xA9", "\xE2\x82", "a",       "\x09",
+                                 "\x07",         "z",        "\x01",     "\x02"};
+    for (int round = 0; round < 20000; ++round) {
+        ASSERT_NE(setlocale(LC_CTYPE, round % 2 == 0 ? "C" : "C.UTF-8"), nullptr);
+        Bytes stream, script(random() % 12);
+        for (unsigned long i = random() % 40; i > 0; --i) {
+            std::string const part = parts[random() % std::size(parts)];
+            stream.insert(stream.end(), part.begin(), part.end());
+            if (random() % 16 == 0) stream.insert(stream.end(), 260, 'a');
+        }
+        std::replace(stream.begin(), stream.end(), 'z', '\0');  // no zero byte in a literal
+        for (unsigned char& operation : script) operation = static_cast<unsigned char>(random());
+        ASSERT_EQ(differenceFromModel(script, stream), "")
+            << "seed " << seed << ", stream" << hex(stream) << ", script" << hex(script);
+    }
+}
