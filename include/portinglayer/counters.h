@@ -4,6 +4,7 @@
 #define PORTINGLAYER_COUNTERS_H
 
 #include <new>
+#include <utility>
 
 #include <portinglayer/export.h>
 #include <portinglayer/synchronisation.h>
@@ -101,7 +102,7 @@ private:
 /// @warning Two pointers made from the same raw pointer do not know of each other and both release
 /// it: copy the first one instead.
 template <typename T>
-class PORTINGLAYER_EXPORT PPtr {
+class PPtr {
 public:
     static constexpr int SINGLE = 0;  ///< released with `delete`
     static constexpr int ARRAY = 1;   ///< released with array `delete`
@@ -114,31 +115,19 @@ public:
     PPtr(PPtr const& o) : pointee(o.pointee), counter(o._join()), releaseMode(o.releaseMode) {}
 
     /// Releases this share, and the pointee with the last one.
-    virtual ~PPtr();
+    PORTINGLAYER_EXPORT virtual ~PPtr();
 
     /// Joins the other's share and mode, then releases the own one. Safe also where that destroys
-    /// the other pointer, as in `head = head->next`.
+    /// either pointer, as in `head = head->next`.
     PPtr& operator=(PPtr const& o) {
-        if (this == &o) return *this;
-        T* const sharedPointee = o.pointee;
-        int* const sharedCounter = o._join();
-        int const mode = o.releaseMode;
-        _release();
-        pointee = sharedPointee;
-        counter = sharedCounter;
-        releaseMode = mode;
+        PPtr(o)._swap(*this);
         return *this;
     }
 
-    /// Releases this share and takes over `p`, which may be null, in the same mode. The pointer
+    /// Takes over `p`, which may be null, in the same mode, then releases the own share. The pointer
     /// that it holds already changes nothing.
     PPtr& operator=(T* p) {
-        if (p == pointee) return *this;
-        int const mode = releaseMode;
-        _release();
-        pointee = p;
-        counter = _firstShare(p);
-        releaseMode = mode;
+        if (p != pointee) PPtr(p, releaseMode)._swap(*this);
         return *this;
     }
 
@@ -146,14 +135,15 @@ public:
     T& operator*() const { return *pointee; }  ///< not for an empty pointer
     T* operator->() const { return pointee; }  ///< null when empty
 
-    /// Does nothing: a place for derived pointers to act.
-    virtual void newCounter();
+    /// Does nothing, and nothing here calls it: for code that calls it on a base.
+    PORTINGLAYER_EXPORT virtual void newCounter();
 
-    /// Releases the pointee as the mode says; nothing when empty.
+    /// Releases the pointee as the mode says; nothing when empty. Assignments and the destructor
+    /// release in this way whatever a derived pointer does instead.
     ///
     /// @warning Pointee and counter stay as they are, and every share still points to what is gone.
     /// Assign null to the last share instead.
-    virtual void freePtr();
+    PORTINGLAYER_EXPORT virtual void freePtr();
 
 private:
     static int* _firstShare(T const* p) {
@@ -167,7 +157,11 @@ private:
         return counter;
     }
 
-    void _release();
+    void _swap(PPtr& o) {
+        std::swap(pointee, o.pointee);
+        std::swap(counter, o.counter);
+        std::swap(releaseMode, o.releaseMode);
+    }
 
     T* pointee;
     int* counter;
@@ -176,7 +170,13 @@ private:
 
 template <typename T>
 PPtr<T>::~PPtr() {
-    _release();
+    if (counter != nullptr && (*counter)-- == 1) {
+        PPtr::freePtr();
+        delete counter;
+    }
+    pointee = nullptr;
+    counter = nullptr;
+    releaseMode = SINGLE;
 }
 
 template <typename T>
@@ -191,19 +191,14 @@ void PPtr<T>::freePtr() {
         delete[] pointee;
 }
 
-template <typename T>
-void PPtr<T>::_release() {
-    if (counter != nullptr && (*counter)-- == 1) {
-        freePtr();
-        delete counter;
-    }
-    pointee = nullptr;
-    counter = nullptr;
-    releaseMode = SINGLE;
-}
+// What the library holds of an instantiation; everything else is inline where it is used.
+#define PORTINGLAYER_HELD_PPTR(declared, T)                                                        \
+    declared template PPtr<T>::~PPtr();                                                            \
+    declared template void PPtr<T>::newCounter();                                                  \
+    declared template void PPtr<T>::freePtr()
 
-extern template class PPtr<char>;
-extern template class PPtr<wchar_t>;
-extern template class PPtr<char*>;
+PORTINGLAYER_HELD_PPTR(extern, char);
+PORTINGLAYER_HELD_PPTR(extern, wchar_t);
+PORTINGLAYER_HELD_PPTR(extern, char*);
 
 #endif

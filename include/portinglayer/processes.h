@@ -507,6 +507,6 @@ private:
     unsigned int pid;                  ///< of the child; 0: none
 };
 
-extern template class PPtr<PProcess>;
+PORTINGLAYER_HELD_PPTR(extern, PProcess);
 
 #endif

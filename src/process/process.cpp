@@ -11,7 +11,7 @@
 
 #include "text/narrow_text.h"
 
-template class PPtr<PProcess>;
+PORTINGLAYER_HELD_PPTR(, PProcess);
 
 namespace {
 

@@ -1,5 +1,5 @@
 #include <portinglayer/counters.h>
 
-template class PPtr<char>;
-template class PPtr<wchar_t>;
-template class PPtr<char*>;
+PORTINGLAYER_HELD_PPTR(, char);
+PORTINGLAYER_HELD_PPTR(, wchar_t);
+PORTINGLAYER_HELD_PPTR(, char*);
