@@ -1,4 +1,5 @@
 /// PUtils: formatted text, key and value, argument vectors, and the fix-ups of paths.
+#include <cerrno>
 #include <cstdarg>
 #include <cwchar>
 #include <memory>
@@ -18,12 +19,14 @@ constexpr wchar_t PROGRAM_KEY[] = L"process.name";
 /// Formats into `shortText`; false when the text does not fit or a conversion fails. `args` stays
 /// usable for another pass.
 bool _formatShort(wchar_t (&shortText)[SHORT_TEXT], wchar_t const* format, va_list args) {
+    int const error = errno;
     va_list copy;
     va_copy(copy, args);
     // The analyzer loses sight of the copy when it is given several files at once.
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     int const written = std::vswprintf(shortText, SHORT_TEXT, format, copy);
     va_end(copy);
+    if (written < 0) errno = error;  // "%m" shows it in the next pass
     return written >= 0;
 }
 
@@ -101,10 +104,13 @@ int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wcha
     unsigned long pos = 0;
     if (text.chr(sep, pos, false, false) != PERR_OK || pos >= text.len()) return PERR_NOT_FOUND;
 
-    PString head;  // becomes the key at the end: the text may be the key itself
+    PString head;  // both are whole before an output changes: the text may be either
+    PString tail;
     int result = _setTrimmed(head, text.ptr(), pos);
-    if (result == PERR_OK) result = _setTrimmed(value, text.ptr() + pos + 1, text.len() - pos - 1);
+    bool const hasKey = result == PERR_OK;
+    if (hasKey) result = _setTrimmed(tail, text.ptr() + pos + 1, text.len() - pos - 1);
     key = std::move(head);
+    if (hasKey) value = std::move(tail);
     return result;
 }
 
