@@ -95,12 +95,12 @@ int _hexDigit(wchar_t c) {
     return -1;
 }
 
-/// The byte that "%x" reads from at most two characters, two plain digits without the detour.
+/// The byte that "%x" reads from a text, two plain digits without the detour.
 bool _scanHexByte(wchar_t const* s, unsigned char& out) {
     unsigned int value = 0;
     int const high = _hexDigit(s[0]);
     int const low = high < 0 ? -1 : _hexDigit(s[1]);
-    if (low >= 0)
+    if (low >= 0 && s[2] == L'\0')
         value = static_cast<unsigned int>(high * 16 + low);
     else if (swscanf(s, L"%x", &value) != 1)
         return false;
