@@ -4,17 +4,22 @@
 
 namespace {
 
-/// A copy of the name with slashes; empty when the name can stay as it is.
+bool _holdsBackslash(PLiteral const& name) {
+    return name.len() != 0 && wmemchr(name.ptr(), L'\\', name.len()) != nullptr;
+}
+
 PString _withSlashes(PLiteral const& name) {
-    PString copy;
-    if (name.len() == 0 || wmemchr(name.ptr(), L'\\', name.len()) == nullptr) return copy;
-    copy = name;
+    PString copy(name);
     (void)PUtils::fixFileSeparator(copy);  // cannot fail
     return copy;
 }
 
 }  // namespace
 
+// Without memory for the copy there is no name at all: the one with backslashes is that of another
+// file.
 NarrowPath::NarrowPath(PLiteral const& name)
-    : fixed(_withSlashes(name)), text(fixed.len() != 0 ? fixed : name) {
+    : holdsBackslash(_holdsBackslash(name)),
+      fixed(holdsBackslash ? _withSlashes(name) : PString()),
+      text(holdsBackslash ? fixed : name) {
 }

@@ -18,7 +18,8 @@ public:
     char const* get() const { return text.get(); }
 
 private:
-    PString fixed;  ///< empty unless there was a backslash
+    bool holdsBackslash;
+    PString fixed;  ///< with slashes instead; empty where there is nothing to replace
     NarrowText text;
 };
 
