@@ -43,7 +43,7 @@ public:
     ///
     /// @param symbol  the name as it stands in the object file
     /// @return its address, valid while the library stays loaded; null when there is no such
-    ///         symbol, when its value is null, or when the object holds no library
+    ///         symbol, when its value or `symbol` is null, or when the object holds no library
     void* getFunction(char const* symbol);
 
     /// The name given to `load`, unchanged; the object's own.

@@ -119,7 +119,7 @@ int PFile::pwrite(char const* buffer, unsigned long length, unsigned long& done)
 
 int PFile::pseek(long long offset, int whence) {
     if (!isOpen()) return PERR_NOT_OPEN;
-    return lseek(fd, offset, whence) < 0 ? PERR_SEEK : PERR_OK;
+    return lseek(fd, offset, whence) == -1 ? PERR_SEEK : PERR_OK;
 }
 
 int PFile::pgetSize(long long& size) {

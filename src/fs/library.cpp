@@ -36,7 +36,7 @@ int PLibrary::load(PLiteral const& newName, PLibrary*& library, bool unload) {
 }
 
 void* PLibrary::getFunction(char const* symbol) {
-    return handle != nullptr ? dlsym(handle, symbol) : nullptr;
+    return handle != nullptr && symbol != nullptr ? dlsym(handle, symbol) : nullptr;
 }
 
 PString const& PLibrary::getName() const {
