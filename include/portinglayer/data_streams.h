@@ -177,7 +177,7 @@ private:
 /// position inherited from `PDataFormater` means nothing to it.
 ///
 /// The operations that return nothing let the vector's std::bad_alloc through when it cannot grow,
-/// and leave it as it was; all others return PERR_NO_MEMORY.
+/// and leave in it the bytes of the integer that found room; all others return PERR_NO_MEMORY.
 ///
 /// Threads: one writer is used by one thread at a time, and nobody else uses the vector meanwhile.
 /// Nothing blocks.

@@ -20,7 +20,10 @@ template <typename Integer>
 [[gnu::flatten]] void _append(std::vector<unsigned char>& data, Integer value) {
     unsigned char bytes[sizeof value];
     _store(bytes, value);
-    data.insert(data.end(), bytes, bytes + sizeof bytes);
+    if (data.capacity() - data.size() >= sizeof bytes)
+        data.insert(data.end(), bytes, bytes + sizeof bytes);
+    else  // what finds room stays when there is no memory for the rest
+        for (unsigned char const byte : bytes) data.push_back(byte);
 }
 
 }  // namespace
