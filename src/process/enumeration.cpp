@@ -56,7 +56,6 @@ unsigned int _readParent(char const* entry) {
 
 struct ProcessStatus {
     PString name;
-    unsigned int pid = 0;
     unsigned int parent = 0;
 };
 
@@ -73,10 +72,9 @@ bool _readStatus(char const* entry, ProcessStatus& found) {
         if (line == nullptr) return false;
         if (!name && _startsWith(line, "Name:")) {
             name = true;
-            (void)_readName(line, found.name);  // a name that cannot be converted matches nothing
+            (void)_readName(line, found.name);  // one that cannot be converted counts as empty
         } else if (!pid && _startsWith(line, "Pid:")) {
             pid = true;
-            _readNumber(line, found.pid);
         } else if (!parent && _startsWith(line, "PPid:")) {
             parent = true;
             _readNumber(line, found.parent);
@@ -134,7 +132,7 @@ int _find(WantedProgram const& wanted, std::vector<unsigned int>& pids,
         ProcessStatus status;
         if (!_readStatus(entry, status) || !wanted.matches(entry, status.name)) continue;
         parentPids.push_back(status.parent);
-        pids.push_back(status.pid);
+        pids.push_back(_processId(entry));
     }
     return pids.empty() ? PERR_NOT_FOUND : PERR_OK;
 }

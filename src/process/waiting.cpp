@@ -11,6 +11,7 @@
 namespace {
 
 constexpr unsigned int KILL_PAUSE_MS = 1000;
+constexpr int STOPPED = 0x7F;  // in the low bits of a status
 
 /// How a wait with a time limit is divided. The grain of a second is what callers are used to.
 struct Polling {
@@ -31,7 +32,7 @@ struct Polling {
 
 /// Ended normally: its exit code; by a signal: minus the signal.
 int _decodeStatus(int status, int& exitCode) {
-    if (WIFSTOPPED(status)) return PERR_STOPPED;
+    if ((status & STOPPED) == STOPPED) return PERR_STOPPED;
     exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     return PERR_OK;
 }
