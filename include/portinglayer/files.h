@@ -3,7 +3,8 @@
 ///
 /// Names are wide text. They reach the system as multibyte text of the process's locale, made by
 /// the rule of `PLiteral::ascii`: at most as many bytes as the name has characters. A name that the
-/// locale cannot express reaches the system as no name at all and is refused.
+/// locale cannot express reaches the system as no name at all and is refused (`PFile::check` is true of
+/// it, as of anything that cannot be examined).
 #ifndef PORTINGLAYER_FILES_H
 #define PORTINGLAYER_FILES_H
 
@@ -20,7 +21,7 @@
 /// `isOpen` is true and `pclose` is due, but name and mode are not stored. The handle owns its
 /// descriptor and closes it on destruction. It has no lock: one thread at a time uses it.
 /// Descriptors are closed in programs that the process starts. Backslashes in names are turned into
-/// slashes by every operation here.
+/// slashes by every operation here but `getFileName`.
 class PORTINGLAYER_EXPORT PFile {
 public:
     static constexpr unsigned int OPEN_READ = 1;         ///< read access
@@ -45,7 +46,7 @@ public:
     ///
     /// Without OPEN_WRITE the file is opened for reading, also when OPEN_READ is not given.
     /// OPEN_TRUNCATE needs OPEN_WRITE or OPEN_CREATE; with OPEN_CREATE it truncates even a file
-    /// opened for reading only. Bits above OPEN_SAFE_WRITE are stored and have no effect. The lock
+    /// opened for reading only. Bits above OPEN_SAFE_WRITE are stored and, without that one, have no effect. The lock
     /// is an exclusive advisory `flock`, not waited for, and held until the handle is closed; it
     /// excludes only those who lock too, other handles of this process included.
     ///
@@ -158,15 +159,15 @@ public:
     ///
     /// Each byte becomes one wide character by sign extension: there is no multibyte decoding, and
     /// bytes from 128 on become the values from 0xFFFFFF80 on. A zero byte cuts the delivered text;
-    /// the rest of the line is consumed. The last line needs no line feed; a read error after the
-    /// first character ends the line like the end of the file. The file is read in blocks of 128
+    /// the rest of the line is consumed. The last line needs no line feed, but carriage returns alone
+    /// at the end of the file are no line; a read error after the first character ends the line like the end of the file. The file is read in blocks of 128
     /// bytes and repositioned behind the line feed, so the position after the call is the start of
     /// the next line.
     /// @param[out] line  the line, possibly empty; written only on success
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN     the handle is closed
     /// @return PERR_END_OF_FILE  no line is left
-    /// @return PERR_READ         the system refused the first read of the line
+    /// @return PERR_READ         the system refused to read before the first character
     /// @return PERR_NO_MEMORY    no memory for the line; what was read of it is consumed
     ///
     /// @warning From a pipe or device, which cannot be repositioned, up to 127 bytes after the line
@@ -235,7 +236,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_DIR_NOT_FOUND     `path` is empty or does not exist; or the walk stopped at
     ///                                something that cannot be looked at: a dangling link, a loop
-    ///                                of links, a name with a backslash in it
+    ///                                of links, a name with a backslash that leads nowhere
     /// @return PERR_INVALID_ARGUMENT  `path`, or meanwhile something below it, is not a directory
     /// @return PERR_DELETE            a file, or a directory that could not be emptied (unreadable,
     ///                                or filled again by others), could not be removed
@@ -244,6 +245,9 @@ public:
     ///
     /// @warning Symbolic links to directories are followed: the target is emptied, wherever it is,
     ///          then the link removed. Remove links yourself first where a tree may hold any.
+    /// @warning A backslash in the name of an entry counts as a slash, so that an entry such as
+    ///          "..\name" has another file or tree removed in its place, even outside of `path`. Do not
+    ///          call it on trees to which others can add names.
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut, in the
     ///          worst case to its parent folder, which is then emptied; keep to ASCII names.
     static int removeAll(PLiteral const& path);
@@ -275,8 +279,8 @@ public:
     ///
     /// @param prefix  the first part of the name, folder included; nothing is put between it and
     ///                the digits
-    /// @param flags   as for `PFile::popen`; OPEN_CREATE must be among them, or nothing can be
-    ///                opened
+    /// @param flags   as for `PFile::popen`; OPEN_CREATE must be among them, or OPEN_SAFE_WRITE
+    ///                be alone, or nothing can be opened
     /// @param share   as for `PFile::popen`
     /// @return PERR_OK                open; `pgetName` gives the name
     /// @return PERR_ALREADY_OPEN      this object has an open file; unchanged
@@ -340,7 +344,7 @@ public:
     /// its own `dir` with the first pattern.
     /// @param pattern  which names to give; empty for all
     /// @return PERR_OK
-    /// @return PERR_DIR_ALREADY_OPEN  the object has an open listing, which goes on as it was
+    /// @return PERR_DIR_ALREADY_OPEN  the object has an open listing, which can go on
     /// @return PERR_DIR_NOT_OPEN      the system refused to open the directory
     /// @return PERR_NO_MEMORY         no memory for path or pattern; the object is not set up
     int popen(PLiteral const& dir, PLiteral const& pattern);

@@ -17,24 +17,25 @@
 ///
 /// An object is idle while its process id is 0 and started once `start()` has forked. It stays
 /// started after its child has ended, until `kill()`, `startProcAsDifferentUser()`, another
-/// `start()` or the destructor clears the id. It owns its texts; it never owns the child, which
+/// `start()`, `initProcessInfo`, `clearProcessInfo` or the destructor clears the id. It owns its texts; it never owns the child, which
 /// outlives it. Objects cannot be copied and take no locks: one object belongs to one thread at a
 /// time, but `waitExitCode` and the const operations only read it and may run on several at once. The
 /// static operations share nothing and may run on any thread.
 ///
-/// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, both
+/// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, the static
 /// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first
 /// collect the exit status of *every* ended child of the calling process (those of its process
 /// group), also of children that other code started. Whoever needs an exit code calls
-/// `waitExitCode` before anything of that list runs on any thread: a thread of its own that waits
-/// for the child is the safe way.
+/// `waitExitCode`, on a thread of its own if need be, and lets nothing of that list run on any thread
+/// until it has returned: a child that ends meanwhile is collected by whichever call comes first. The
+/// `waitFinish` of an object collects its own child only.
 /// The other queries do not reap: `getCmdLine`, `getWorkingDir`, `getPriority`, `getEnvironment`,
 /// `getMemoryUsage`, `getParentPID`, `getUserName` and the measurements of load.
 ///
 /// **Process ids 0 and 4294967295.** The system reads 0 as "every process of the caller's group"
 /// and 4294967295 (-1) as "every process that the caller may signal", the caller and its session
 /// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand
-/// an id to the system as it comes; `killTree(0)` also ends all children of process 1. The instance
+/// an id to the system as it comes; `killTree(0)` also ends all descendants of process 1. The instance
 /// `kill()` never signals either, because no process runs under these ids. What `getPID`,
 /// `listPIDs`, `getChildPID` and `find` give as processes is never one of them. A *parent* id, from
 /// `getParentPID` or `find`, is 0 where no parent can be seen: look at it before signalling it. The
@@ -42,7 +43,8 @@
 ///
 /// **Text.** Text from and to the system is converted under the locale of the process. Where an
 /// operation gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
-/// characters fill the rest behind the terminator, so measure such text with `wcslen`.
+/// characters fill the rest behind the terminator, so measure such text with `wcslen`. In a command
+/// line they stand behind each argument that has such characters.
 class PORTINGLAYER_EXPORT PProcess {
 public:
     /// @name Describing a program
@@ -93,7 +95,8 @@ public:
     /// The child inherits the open descriptors that are not marked close-on-exec and the standard
     /// streams. It changes to the folder, sets the environment entries in their order (an entry
     /// without `=` is skipped, the value begins behind the first `=`), then runs the program.
-    /// The arguments are split at every single space; quotes mean nothing.
+    /// The arguments are split at every single space and lose white space at both ends; quotes mean
+    /// nothing.
     /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a".
     ///          Write one space between arguments.
     /// @warning Executable, folder, entries and each argument are cut to as many bytes as they have
@@ -210,16 +213,20 @@ public:
     /// It looks at the process between sleeps of a tenth of the time, a second at least, and sleeps
     /// whole steps only: a wait below 1000 milliseconds does not sleep at all, one of 1999 ends after
     /// 1000, and an ending is noticed up to a step late.
+    /// @warning A step above 4294967 milliseconds wraps as `PThread::psleep` says: from 42949680 on a
+    ///          wait is far too short.
     /// @param timeoutMs  milliseconds
     /// @return true if the process still runs, false if it has ended
     ///
     /// Blocks: up to `timeoutMs`. Children: reaps every ended child of the caller.
     static bool waitFinish(unsigned int processId, unsigned int timeoutMs);
-    /// As the form with an id, for the child of this object; false when there is none.
+    /// As the form with an id, for the child of this object; false when there is none. Reaps this child
+    /// only.
     ///
     /// @warning It takes the exit code of the child, so `waitExitCode` gives PERR_NO_PROCESS
     ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on
-    ///          a thread and wait for that thread's answer on a `PConditionalVar`.
+    ///          a thread, wait for that thread's answer on a `PConditionalVar`, and let nothing that
+    ///          reaps run meanwhile.
     bool waitFinish(unsigned int timeoutMs);
 
     /// @}
@@ -235,7 +242,7 @@ public:
     /// @return PERR_KILL  there is no such process, no permission or no such signal; returned at
     ///                    once
     ///
-    /// Blocks: one second on success. Children: reaps this one.
+    /// Blocks: one second on success. Children: reaps this one; for 0 and 4294967295 any one child.
     static int killSignal(unsigned int processId, int signal);
 
     /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of
@@ -256,7 +263,7 @@ public:
     ///
     /// Each gets SIGTERM, up to two seconds to end, and then SIGKILL. The tree is read once at the
     /// start: processes that are started later are not found.
-    /// @warning Process id 0 signals the caller's group and ends all children of process 1,
+    /// @warning Process id 0 signals the caller's group and ends all descendants of process 1,
     ///          4294967295 signals every process that the caller may signal. Never pass an
     ///          unchecked id.
     /// @return PERR_OK
@@ -264,7 +271,7 @@ public:
     ///                         between; every process of the tree was tried
     /// @return PERR_NO_MEMORY  the tree could not be listed; no process was signalled
     ///
-    /// Blocks: one to four seconds for each process. Children: reaps every ended child of the
+    /// Blocks: one to four seconds for each process that still runs. Children: reaps every ended child of the
     /// caller.
     static int killTree(unsigned int processId);
 
@@ -273,7 +280,8 @@ public:
     /// The forms without a process id ask for the child of this object.
     /// @{
 
-    /// Gets the name of a process as the system knows it, cut by the system to 15 bytes.
+    /// Gets the name of a process as the system knows it, cut by the system to 15 bytes except for its
+    /// own workers.
     ///
     /// @param[out] name  cleared first; `len()` counts characters
     /// @return PERR_OK
@@ -310,6 +318,8 @@ public:
     /// @warning The command line is read in pieces of 255 bytes. Behind the first one arguments are
     ///          cut in the wrong place or joined empty: trust only what lies within the first 255
     ///          bytes.
+    /// @warning Behind an argument with multibyte characters stand as many zero characters as it has
+    ///          bytes more than characters, and printing stops there.
     /// @param[out] commandLine  cleared once the process is found; empty for a kernel thread
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
@@ -425,7 +435,7 @@ public:
     /// keeps one of four processors busy reads about 25.
     ///
     /// The pause is 400 milliseconds, or what the environment variable TALV_PROC_SAMPLE_TIME_MS
-    /// said (milliseconds, not 0) when it was read for the first time in this process.
+    /// said (milliseconds, not 0, below 4294968) when it was read for the first time in this process.
     /// @param[out] percent  0 on failure
     /// @return PERR_OK
     /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read,
@@ -457,7 +467,7 @@ public:
 
     /// @}
     /// @name Listing
-    /// In the order of the system, not sorted. Processes that end during a listing are left out.
+    /// In the order of the system, not sorted. A process that ends during a listing may be in it or not.
     /// @{
 
     /// Lists the ids of all processes.

@@ -153,7 +153,7 @@ public:
     ///
     /// Without a separator the token is the whole of `src`, which becomes empty. Two separators in a row
     /// give an empty token, one at the end does not. Only the token is trimmed of white space. A
-    /// separator of 0 is never found.
+    /// separator of 0 is found only within a length that counts bytes.
     /// @param[in,out] src  the text that is used up
     /// @param[out] token   another object than `src`
     /// @return PERR_OK
@@ -167,9 +167,10 @@ protected:
 };
 
 /// Wide text that owns its characters, in a buffer of its length + 1 wide characters: there is no
-/// spare room, and every change of the length copies. The `ptr()` of an empty text may be null or not;
-/// test `len()`, and test before handing it to a "%ls". Texts given to an operation may lie in the string itself. What refers to its characters, such
-/// as a `PLiteral` or `ptr()`, is valid until the next change.
+/// spare room, and what makes the text longer copies it. `trim`, `erase` and `getNextToken` shorten it
+/// in place. The `ptr()` of an empty text may be null or not; test `len()`, and test before handing it
+/// to a "%ls". Texts given to an operation may lie in the string itself. What refers to its characters,
+/// such as a `PLiteral` or `ptr()`, is valid until the next change.
 ///
 /// Constructors and operators cannot tell that memory ran out: the text is then empty, or without what
 /// was to be appended. `set` and `cat` tell.
@@ -320,8 +321,8 @@ private:
 ///
 /// Nothing is kept between calls, so every function may be called from any thread, on outputs of its
 /// own; `getHostAddress` is the exception. Texts are read where they stand and never kept. Outputs
-/// belong to the caller; an output that is a text is assigned through its virtual operator. Numbers
-/// are read as `swscanf` reads them and written as `swprintf` writes them.
+/// belong to the caller; text made from a value or a format is assigned through the output's virtual
+/// operator. Numbers are read as `swscanf` reads them and written as `swprintf` writes them.
 class PORTINGLAYER_EXPORT PUtils {
 public:
     PUtils() = delete;
@@ -441,8 +442,8 @@ public:
     ///
     /// Items are "0x" (in lower case) and one or two characters that `hexToByte` accepts, with a
     /// comma between two of them and, if wanted, behind the last. White space may stand before an
-    /// item and at the end of the text; between an item and its comma it is refused. A text of
-    /// nothing but white space gives no bytes, and is no failure.
+    /// item and at the end of the text; between an item and its comma only one character of it,
+    /// behind a single digit. A text of nothing but white space gives no bytes, and is no failure.
     /// @param[out] out     a new array of exactly `outLen` bytes, also when that is 0; the caller
     ///                     releases it with `delete[]`
     /// @param[out] outLen  bytes in `out`
@@ -479,8 +480,8 @@ public:
     /// Splits a text at its first separator and trims both halves.
     ///
     /// Later separators stay in the value: "a = b=c" gives "a" and "b=c". `text` may be one of the
-    /// outputs; the outputs must be two objects.
-    /// @param sep         the separator; 0 is never found
+    /// outputs. With one object as both outputs it ends with the value.
+    /// @param sep         the separator; 0 is found only within a length that counts bytes
     /// @param[out] key    what stands before it, possibly nothing
     /// @param[out] value  what stands behind it, possibly nothing
     /// @return PERR_OK

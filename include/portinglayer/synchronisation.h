@@ -25,8 +25,9 @@ public:
 
     /// Makes a named lock, without handle.
     ///
-    /// The name is copied as multibyte text of the current locale and neither checked nor changed:
-    /// the caller gives what the system takes as a semaphore name, a slash first and none after it.
+    /// The name is copied as multibyte text of the current locale, cut to as many bytes as it has
+    /// characters (so keep to ASCII), and neither checked nor changed further: the caller gives what
+    /// the system takes as a semaphore name, a slash first and none after it.
     /// A name that is empty, cannot be converted, or finds no memory is kept as an invalid one, which
     /// `init` reports.
     /// @param name  the system-wide name, such as L"/product-lock"
@@ -175,8 +176,8 @@ public:
 
     /// Gives the handle back; the object may then be initialised again.
     ///
-    /// @warning Closing while a thread still waits blocks until that thread has been woken: notify all
-    ///          waiters and join them first.
+    /// @warning Closing while a thread still waits blocks until that thread's wait ends by itself, as
+    ///          nobody can notify it through the object any more: notify all waiters and join them first.
     /// @return PERR_OK               released; the object is without handle
     /// @return PERR_MUTEX            there was no handle (the code that a mutex gives, shared on purpose)
     /// @return PERR_CONDITION_CLOSE  the system refused; the object is without handle all the same
@@ -202,8 +203,9 @@ public:
 
     /// Makes a named semaphore, without handle.
     ///
-    /// The name is copied as multibyte text of the current locale and neither checked nor changed:
-    /// the caller gives what the system takes as a semaphore name, a slash first and none after it.
+    /// The name is copied as multibyte text of the current locale, cut to as many bytes as it has
+    /// characters (so keep to ASCII), and neither checked nor changed further: the caller gives what
+    /// the system takes as a semaphore name, a slash first and none after it.
     /// A name that is empty, cannot be converted, or finds no memory is kept as an invalid one, which
     /// `init` reports.
     /// @param name  the system-wide name, such as L"/product-slots"
@@ -237,7 +239,7 @@ public:
     /// @return PERR_NOT_SUPPORTED          the system has no such semaphores; the named form is without
     ///                                     handle, the unnamed form keeps its unusable one
     /// @return PERR_SEMAPHORE              the name is invalid or refused, no handle; or the initial count
-    ///                                     of the unnamed form was refused, such as one above 2147483647
+    ///                                     was refused, such as one above 2147483647
     /// @warning After PERR_SEMAPHORE or PERR_NOT_SUPPORTED the unnamed form keeps the refused handle, on
     ///          which nothing but `close` may be called: `close` it before another `init`.
     int init(unsigned int value, bool create);
