@@ -1,16 +1,22 @@
-/// Children of a test: real programs, ended and collected when the object goes.
+/// Children of a test, which are real programs, and the facts that are asked of any process.
 #ifndef TESTS_PROCESS_CHILDREN_H
 #define TESTS_PROCESS_CHILDREN_H
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <type_traits>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <portinglayer/processes.h>
 #include <support/child_run.h>
+#include <support/scratch.h>
 #include <sys/wait.h>
+
+using Ids = std::vector<unsigned int>;
 
 /// A file of a process; empty when it is gone.
 inline std::string factOf(unsigned int pid, std::string const& file) {
@@ -22,18 +28,21 @@ inline PString owned(std::string const& ascii) {
     return PString(ascii.c_str(), P_WHOLE_STRING);
 }
 
-inline std::wstring shown(PString const& text) {
-    return text.ptr() == nullptr ? std::wstring() : std::wstring(text.ptr(), text.len());
+/// A shell's arguments: behind tabs, since spaces would take the command apart.
+inline std::string shell(std::string command) {
+    std::replace(command.begin(), command.end(), ' ', '\t');
+    return "-c " + command;
 }
 
 struct Child {
-    /// Starts a program and waits until it has begun; nothing without arguments.
-    explicit Child(std::string const& arguments = "", std::string const& program = TEST_CHILD,
-                   std::vector<PString> const& environment = {})
+    /// Starts a program and waits until it has begun, or the one that it becomes.
+    explicit Child(std::string const& arguments, std::string const& program = "/bin/sleep",
+                   std::string const& last = "", std::vector<PString> const& environment = {})
         : process(owned(program), owned(arguments), environment) {
-        if (arguments.empty()) return;
         (void)process.start();
-        (void)eventually([&] { return process.getPID(pid) == PERR_OK && began(program); });
+        (void)process.getPID(pid);
+        std::string const awaited = (last.empty() ? program : last) + '\0';
+        EXPECT_TRUE(eventually([&] { return factOf(pid, "cmdline").starts_with(awaited); }));
     }
 
     ~Child() {
@@ -43,14 +52,80 @@ struct Child {
         (void)waitpid(id, nullptr, 0);
     }
 
-    bool began(std::string const& program) const {
-        return factOf(pid, "cmdline").find(program + '\0') == 0;
-    }
-
     void end() const { (void)::kill(static_cast<pid_t>(pid), SIGKILL); }
 
     PProcess process;
     unsigned int pid = 0;
+};
+
+/// What a query gave, as text: characters beyond ASCII as numbers in <>, entries ended by |.
+inline std::string shown(unsigned long long number) {
+    return std::to_string(number);
+}
+
+inline std::string shown(PString const& text) {
+    std::string ascii;
+    for (unsigned long i = 0; i < text.len(); ++i) {
+        auto const c = static_cast<unsigned char>(text.ptr()[i]);
+        ascii += c > 0 && c < 128 ? std::string(1, static_cast<char>(c)) : "<" + shown(c) + ">";
+    }
+    return ascii;
+}
+
+template <typename Entry>
+std::string shown(std::vector<Entry> const& entries) {
+    std::string ascii;
+    for (Entry const& entry : entries) ascii += shown(entry) + "|";
+    return ascii;
+}
+
+using Answer = std::pair<int, std::string>;  ///< the code, and what the query gave
+using Question = Answer (*)(unsigned int pid);
+
+/// Asks for a fact of a process. What it gives held "kept", 7 or an empty entry before.
+template <typename Out, int (*query)(unsigned int, Out&)>
+Answer ask(unsigned int pid) {
+    Out out{};
+    if constexpr (std::is_arithmetic_v<Out>)
+        out = static_cast<Out>(7);
+    else if constexpr (std::is_same_v<Out, PString>)
+        out = L"kept";
+    else
+        out.resize(1);
+    int const code = query(pid, out);
+    return {code, shown(out)};
+}
+
+constexpr Question askName = ask<PString, PProcess::getName>;
+constexpr Question askLine = ask<PString, PProcess::getCmdLine>;
+constexpr Question askFolder = ask<PString, PProcess::getWorkingDir>;
+constexpr Question askEnvironment = ask<std::vector<PString>, PProcess::getEnvironment>;
+constexpr Question askParent = ask<unsigned int, PProcess::getParentPID>;
+constexpr Question askMemory = ask<unsigned long long, PProcess::getMemoryUsage>;
+constexpr Question askRunning = ask<bool, PProcess::isRunning>;
+constexpr Question askUser =
+    ask<PString, [](unsigned int pid, PString& name) { return PProcess::getUserName(pid, name); }>;
+
+struct Fact {
+    char const* name;
+    Question ask;
+    bool reaps;   ///< every ended child of the caller
+    Answer gone;  ///< for an id that no process bears
+    int starved;  ///< where no descriptor is left
+};
+
+inline Fact const FACTS[] = {
+    {"getName", askName, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
+    {"getPath", ask<PString, PProcess::getPath>, true, {PERR_NOT_FOUND, "kept"}, PERR_OK},
+    {"getCmdLine", askLine, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
+    {"getWorkingDir", askFolder, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
+    {"getEnvironment", askEnvironment, false, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
+    {"getPriority", ask<int, PProcess::getPriority>, false, {PERR_NOT_FOUND, "7"}, PERR_OK},
+    {"getParentPID", askParent, false, {PERR_NOT_FOUND, "0"}, PERR_NOT_FOUND},
+    {"getMemoryUsage", askMemory, false, {PERR_NO_PROCESS, "7"}, PERR_NO_PROCESS},
+    {"getUserName", askUser, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
+    {"isRunning", askRunning, true, {PERR_OK, "0"}, PERR_OK},
+    {"getChildPID", ask<Ids, PProcess::getChildPID>, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
 };
 
 #endif

@@ -1,18 +1,92 @@
+// What a healthy system will not do: the definitions here win over those of the C library.
+#include <algorithm>
 #include <clocale>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <map>
 
-#include <faults/process_script.h>
-#include <gtest/gtest.h>
+#include <dlfcn.h>
+#include <process/children.h>
+#include <unistd.h>
 
-#include "process/children.h"
 #include "process/cpu_sampling.h"
 
 namespace {
 
-using Entries = std::vector<PString>;
+using Texts = std::vector<std::string>;
+using Files = std::map<std::string, Texts>;
 
-constexpr unsigned int SCRIPTED_PID = 99999999;  // above the largest of the system
-std::string const FILES = "/proc/" + std::to_string(SCRIPTED_PID) + "/";
+/// While one exists, pauses and signals are recorded instead of done, and its files stand in for
+/// those of the system: each reads as its first text, and from each pause on as its next one;
+/// without any it does not exist.
+struct Script {
+    explicit Script(Files const& given = {}) : files(given) {
+        active = this;
+        show();
+    }
+    ~Script() { active = nullptr; }
+
+    void show() const {
+        for (auto const& [path, texts] : files) {
+            if (texts.empty()) continue;
+            std::filesystem::create_directories(
+                std::filesystem::path(scratch.path(path)).parent_path());
+            (void)scratch.write(path, texts[std::min(calls.size(), texts.size() - 1)]);
+        }
+    }
+
+    static int record(std::string const& call) {
+        active->calls.push_back(call);
+        active->show();
+        return 0;
+    }
+
+    static std::string standIn(char const* path) {
+        bool const scripted = active != nullptr && active->files.contains(path);
+        return scripted ? active->scratch.path(path) : path;
+    }
+
+    static inline Script* active = nullptr;
+    Files const files;
+    Texts calls;  ///< such as "sleep 1", "usleep 400000", "kill 4711 9"
+    bool forkFails = false;
+    Scratch scratch;
+};
+
+/// The system's function behind one of those below.
+template <typename Function>
+Function* _systems(Function*, char const* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+FILE* fopen(char const* path, char const* mode) {
+    return _systems(&fopen, "fopen")(Script::standIn(path).c_str(), mode);
+}
+int scriptedOpen(char const* path, int flags, mode_t mode) __asm__("open");  // elsewhere variadic
+int scriptedOpen(char const* path, int flags, mode_t mode) {
+    return _systems(&scriptedOpen, "open")(Script::standIn(path).c_str(), flags, mode);
+}
+unsigned int sleep(unsigned int seconds) {
+    return static_cast<unsigned int>(Script::record("sleep " + std::to_string(seconds)));
+}
+int usleep(useconds_t microseconds) {
+    return Script::record("usleep " + std::to_string(microseconds));
+}
+int kill(pid_t pid, int signal) noexcept {
+    if (Script::active == nullptr) return _systems(&kill, "kill")(pid, signal);
+    return Script::record("kill " + std::to_string(pid) + " " + std::to_string(signal));
+}
+pid_t fork() noexcept {
+    bool const fails = Script::active != nullptr && Script::active->forkFails;
+    return fails ? -1 : _systems(&fork, "fork")();
+}
+}
+
+namespace {
 
 /// A line of /proc/PID/stat with its two times and with `last` fields.
 std::string _line(int user, int system, std::string const& name = "(x)", int last = 52) {
@@ -22,15 +96,18 @@ std::string _line(int user, int system, std::string const& name = "(x)", int las
     return line;
 }
 
-int (*const _machine)(unsigned int&) = PProcess::getCPUUsage;
-
-int _process(unsigned int& percent) {
-    return PProcess::getCPUUsage(SCRIPTED_PID, percent);
+int _freeMemory(unsigned int /*pid*/, unsigned long long& bytes) {
+    return PProcess::getFreeMemory(bytes);
 }
 
-int _processor(unsigned int& percent) {
-    return PProcess::getSpecCPUUsage(1, percent);
+int _machineLoad(unsigned int /*pid*/, unsigned int& percent) {
+    return PProcess::getCPUUsage(percent);
 }
+
+constexpr Question _free = ask<unsigned long long, _freeMemory>;
+constexpr Question _machine = ask<unsigned int, _machineLoad>;
+constexpr Question _process = ask<unsigned int, PProcess::getCPUUsage>;
+constexpr Question _processor = ask<unsigned int, PProcess::getSpecCPUUsage>;
 
 }  // namespace
 
@@ -40,48 +117,44 @@ TEST(Load, IsCountedBetweenTwoSamples) {
     Texts const back{"cpu 0 0 0 99 0 0 0 0\n", "cpu 30 0 0 0 0 10 0 0\n"};
     struct {
         char const* what;
-        int (*measure)(unsigned int&);
+        Question ask;
         Texts machine, process;
-        int result;
-        unsigned int percent;
+        int code;
+        char const* percent;
     } const rows[] = {
-        {"cut", _machine, {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}, {}, 0, 66},
-        {"nothing moved", _machine, {zero}, {}, 0, 0},
-        {"idle back", _machine, back, {}, 0, 75},
-        {"total back", _machine, {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"}, {}, 0, 500},
-        {"32 bits wrap", _machine, {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"}, {}, 0, 300},
-        {"no file", _machine, {}, {}, PERR_IO, 0},
-        {"both times", _process, hundred, busy, 0, 15},
-        {"sum cut", _process, {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}, 0, 25},
-        {"idle back", _process, back, busy, 0, 37},
-        {"last byte lost", _process, {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy, 0, 15},
-        {"second block", _process, {zero, block + hundred[1]}, busy, 0, 15},
-        {"nothing moved", _process, {zero}, busy, PERR_SYSTEM, 0},
-        {"space in the name", _process, hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM, 0},
-        {"40 fields", _process, hundred, {_line(0, 0, "(x)", 40)}, PERR_SYSTEM, 0},
-        {"ended meanwhile", _process, hundred, {_line(0, 0), ""}, PERR_END_OF_FILE, 0},
-        {"a counter missing", _process, {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE, 0},
-        {"no process", _process, hundred, {}, PERR_NO_SUCH_FILE, 0},
-        {"own line", _processor, {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"}, {}, 0, 33},
-        {"second block", _processor, {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"}, {}, 0, 25},
-        {"across blocks", _processor, {block.substr(2) + "cpu1 0 0 0 0"}, {}, PERR_SYSTEM, 7},
-        {"idle back", _processor, {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, {}, 0, 500},
-        {"a number missing", _processor, {"cpu1 0 0 0"}, {}, PERR_SYSTEM, 7},
-        {"gone", _processor, {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM, 7},
-        {"no file", _processor, {}, {}, PERR_OPEN, 7},
+        {"cut", _machine, {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}, {}, 0, "66"},
+        {"nothing moved", _machine, {zero}, {}, 0, "0"},
+        {"idle back", _machine, back, {}, 0, "75"},
+        {"total back", _machine, {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"}, {}, 0, "500"},
+        {"32 bits wrap", _machine, {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"}, {}, 0, "300"},
+        {"both times", _process, hundred, busy, 0, "15"},
+        {"sum cut", _process, {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}, 0, "25"},
+        {"idle back", _process, back, busy, 0, "37"},
+        {"last byte lost", _process, {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy, 0, "15"},
+        {"second block", _process, {zero, block + hundred[1]}, busy, 0, "15"},
+        {"nothing moved", _process, {zero}, busy, PERR_SYSTEM, "0"},
+        {"space in the name", _process, hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM, "0"},
+        {"40 fields", _process, hundred, {_line(0, 0, "(x)", 40)}, PERR_SYSTEM, "0"},
+        {"ended meanwhile", _process, hundred, {_line(0, 0), ""}, PERR_END_OF_FILE, "0"},
+        {"a counter missing", _process, {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE, "0"},
+        {"no process", _process, hundred, {}, PERR_NO_SUCH_FILE, "0"},
+        {"own line", _processor, {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"}, {}, 0, "33"},
+        {"second block", _processor, {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"}, {}, 0, "25"},
+        {"across blocks", _processor, {block.substr(2) + "cpu1 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
+        {"idle back", _processor, {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, {}, 0, "500"},
+        {"a number missing", _processor, {"cpu1 0 0 0"}, {}, PERR_SYSTEM, "7"},
+        {"gone", _processor, {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
     };
     for (auto const& row : rows) {
-        ProcessScript const script({{"/proc/stat", row.machine}, {FILES + "stat", row.process}});
-        unsigned int percent = 7;
-        EXPECT_EQ(row.result, row.measure(percent)) << row.what;
-        EXPECT_EQ(row.percent, percent) << row.what;
-        Texts const pause{row.measure == _machine ? "sleep 1" : "usleep 400000"};
-        EXPECT_TRUE(row.result != PERR_OK || script.calls == pause) << row.what;
+        Script const script({{"/proc/stat", row.machine}, {"/proc/1/stat", row.process}});
+        EXPECT_EQ(Answer(row.code, row.percent), row.ask(1)) << row.what;
+        Texts const pause{row.ask == _machine ? "sleep 1" : "usleep 400000"};
+        EXPECT_TRUE(row.code != PERR_OK || script.calls == pause) << row.what;
     }
 }
 
 TEST(Load, ReadsTheRealTimePriorityIntoThePriority) {
-    ProcessScript const script(Files{{"/proc/stat", {_line(14, 15)}}});
+    Script const script(Files{{"/proc/stat", {_line(14, 15)}}});
     PFile file;
     proc_stat r;
     ASSERT_EQ(PERR_OK, file.popen(L"/proc/stat", PFile::OPEN_READ, 1));
@@ -91,87 +164,56 @@ TEST(Load, ReadsTheRealTimePriorityIntoThePriority) {
 }
 
 TEST(Load, PauseComesFromTheEnvironment) {
-    char const* const rows[][2] = {
-        {"x=", "400"}, {"=0", "400"}, {"=abc", "400"}, {"=1500", "1500"}, {"=4294967297", "1"}};
-    for (auto const& [setting, pause] : rows) {
-        PString const entry = owned(std::string("TALV_PROC_SAMPLE_TIME_MS") + setting);
-        PProcess process(owned(TEST_CHILD), owned(std::string("sample ") + pause), Entries{entry});
-        int exitCode = process.start();
-        EXPECT_EQ(PERR_OK, process.waitExitCode(exitCode));
-        EXPECT_EQ(0, exitCode) << setting;
-    }
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a program each: the first answer is kept
+    for (auto const& [setting, pause] :
+         {std::pair("x", 400), {"0", 400}, {"abc", 400}, {"1500", 1500}, {"4294967297", 1}})
+        EXPECT_EXIT((setenv("TALV_PROC_SAMPLE_TIME_MS", setting, 1),
+                     std::exit(_getSampleTime() == static_cast<unsigned int>(pause) ? 0 : 1)),
+                    testing::ExitedWithCode(0), "")
+            << setting;
 }
 
-TEST(ProcessFacts, ComeFromLinesReadInPiecesOf255Bytes) {
+TEST(ProcessFacts, ComeFromLinesReadInPiecesUnderTheLocale) {
+    std::string const acute = "\xC3\xA9", zero(1, '\0'), shift(300, 'a'), block(127, 'a');
+    std::string const noise = "Name:\tVmRSS: 5 State: Z\n VmRSS: 6\n", piece(255, 'x');
+    std::string const accounts = "a:x:17:71:\nb:x:5:7:\nc:x:7:7:\n";
     struct {
-        std::string status;
-        int result;
-        unsigned long long bytes;
-        bool running;
+        Question ask;
+        std::string content, value;  // of every file; what it tells
     } const rows[] = {
-        {"Name:\tVmRSS: 5 State: Z\n VmRSS: 6\nVmRSS:\t  7 kB\n", PERR_OK, 7 << 10, true},
-        {std::string(255, 'x') + "VmRSS: 5\nVmRSS: 6", PERR_OK, 5 << 10, true},
-        {"VmRSS: 4294967295 kB\nState:\tZ (zombie)\n", PERR_OK, 4294967295ULL << 10, false},
-        {"", PERR_NOT_FOUND, 7, true},
+        {askMemory, noise + "VmRSS:\t  7 kB\n", "7168"},
+        {askMemory, piece + "VmRSS: 5\nVmRSS: 6", "5120"},
+        {askMemory, "VmRSS: 4294967295 kB\n", "4398046510080"},
+        {askRunning, noise, "1"},
+        {askRunning, piece + "State:\tZ (zombie)\n", "0"},
+        {askName, "Name:\t" + acute + " \n", "<233>"},
+        {_free, "MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n", "5120"},
+        {askLine, shift + zero + "b c" + zero + "end", std::string(45, 'a') + " \"b c\""},
+        {askLine, acute + zero + "b" + zero, "<233><0> b"},
+        {askEnvironment, "A=" + acute + "z" + zero + "LAST=1", "A=<233>z|"},
+        {askEnvironment, block + acute + zero, block + "|"},  // not what lies across two blocks
+        {askUser, "Name:\tx\nUid:\t7\t7\n" + accounts, "root"},
+        {askUser, "Name:\tuid\n" + accounts, "root"},
+        {askUser, "Name:\t7uid\n" + accounts, "b"},
+        {askUser, "Name:\t8uid\n" + accounts, "kept"},
     };
-    for (auto const& row : rows) {
-        ProcessScript const script(
-            {{FILES + "status", {row.status}},
-             {"/proc/meminfo", {"MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n"}}});
-        unsigned long long bytes = 7, free = 0;
-        bool running = !row.running;
-        EXPECT_EQ(row.result, PProcess::getMemoryUsage(SCRIPTED_PID, bytes)) << row.status;
-        EXPECT_EQ(row.bytes, bytes) << row.status;
-        EXPECT_EQ(PERR_OK, PProcess::isRunning(SCRIPTED_PID, running));
-        EXPECT_EQ(row.running, running) << row.status;
-        EXPECT_EQ(PERR_OK, PProcess::getFreeMemory(free));
-        EXPECT_EQ(5U << 10, free);
-    }
-}
-
-TEST(ProcessFacts, CommandLinesAreCutInChunksOf255Bytes) {
-    std::string const bytes = std::string(300, 'a') + '\0' + "b c" + '\0' + "unended";
-    ProcessScript const script(Files{{FILES + "cmdline", {bytes}}});
-    PString text;
-    EXPECT_EQ(PERR_OK, PProcess::getCmdLine(SCRIPTED_PID, text));
-    EXPECT_EQ(std::wstring(45, L'a') + L" \"b c\"", shown(text));
-}
-
-TEST(ProcessFacts, AreConvertedUnderTheLocale) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
-    std::string const acute = "\xC3\xA9", across = std::string(121, 'a') + acute;
-    ProcessScript const script(
-        {{FILES + "environ", {"A=" + acute + "z" + '\0' + across + '\0' + "LAST=1"}},
-         {FILES + "cmdline", {acute + '\0' + "b" + '\0'}},
-         {FILES + "status", {"Name:\t" + acute + "\n"}}});
-    Entries entries;
-    PString line, name;
-    EXPECT_EQ(PERR_OK, PProcess::getEnvironment(SCRIPTED_PID, entries));
-    EXPECT_EQ(PERR_OK, PProcess::getCmdLine(SCRIPTED_PID, line));
-    EXPECT_EQ(PERR_OK, PProcess::getName(SCRIPTED_PID, name));
-    (void)setlocale(LC_CTYPE, "C");
-    ASSERT_EQ(2U, entries.size());  // without what has no terminator
-    EXPECT_EQ(L"A=\xE9z", shown(entries[0]));
-    EXPECT_EQ(std::wstring(121, L'a'), shown(entries[1]));  // without what lies across two blocks
-    EXPECT_EQ((std::wstring{L'\xE9', L'\0', L' ', L'b'}), shown(line));  // one character a byte
-    EXPECT_EQ(L"\xE9", shown(name));
-}
-
-TEST(ProcessFacts, AUserIsLookedUpOnlyForANameThatBearsTheKey) {
-    char const* const rows[][3] = {{"Name:\tx\nUid:\t7\t7\n", "a:x:7:7:\n", "root"},
-                                   {"Name:\tuid\n", "a:x:7:7:\n", "root"},
-                                   {"Name:\t7uid\n", "a:x:17:71:\nb:x:5:7:\nc:x:7:7:\n", "b"},
-                                   {"Name:\t7uid\n", "a:x:1:1:\n", "kept"}};
-    for (auto const& [status, accounts, expected] : rows) {
-        ProcessScript const script({{FILES + "status", {status}}, {"/etc/passwd", {accounts}}});
-        PString name = owned("kept");
-        EXPECT_EQ(PERR_OK, PProcess::getUserName(SCRIPTED_PID, name));
-        EXPECT_EQ(wide(expected), shown(name)) << status;
+    for (auto const& [ask, content, value] : rows) {
+        Files files;
+        for (std::string const file : {"1/status", "1/cmdline", "1/environ", "meminfo"})
+            files["/proc/" + file] = {content};
+        files["/etc/passwd"] = {content};
+        Script const script(files);
+        EXPECT_EQ(Answer(PERR_OK, value), ask(1)) << content;
     }
+    (void)setlocale(LC_CTYPE, "C");
+    Script const script(Files{{"/proc/1/status", {noise}}});
+    EXPECT_EQ(Answer(PERR_NOT_FOUND, "7"), askMemory(1));
+    EXPECT_EQ(Answer(PERR_NOT_FOUND, "0"), askParent(1));
 }
 
 TEST(ProcessWaiting, IsDividedIntoStepsOfATenthButASecondAtLeast) {
-    Child child("sleep 60");
+    Child child("60");
     struct {
         unsigned int timeout;
         Texts sleeps;
@@ -180,17 +222,38 @@ TEST(ProcessWaiting, IsDividedIntoStepsOfATenthButASecondAtLeast) {
                       {5000, Texts(5, "usleep 1000000")},
                       {20009, Texts(10, "usleep 2000000")}};
     for (auto const& row : rows) {
-        ProcessScript instance, any;
+        Script script;
         EXPECT_TRUE(PProcess::waitFinish(child.pid, row.timeout));
-        EXPECT_EQ(row.sleeps, any.calls);
-        ProcessScript::active = &instance;
+        EXPECT_EQ(row.sleeps, std::exchange(script.calls, {}));
         EXPECT_TRUE(child.process.waitFinish(row.timeout));
-        EXPECT_EQ(row.sleeps, instance.calls);
+        EXPECT_EQ(row.sleeps, script.calls);
     }
 }
 
+TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
+    Child const root(shell("sh -c 'sleep 60; :' & sleep 60; :"), "/bin/sh");
+    Texts calls;
+    std::vector<std::string> ended;
+    ASSERT_TRUE(eventually([&] {
+        Script script;
+        EXPECT_EQ(PERR_OK, PProcess::killTree(root.pid));
+        calls = script.calls;
+        return calls.size() == 4 * 6;
+    }));
+    std::string const pause = "usleep 1000000";
+    for (std::size_t i = 0; i < calls.size(); i += 6) {
+        std::string const pid = calls[i].substr(5, calls[i].rfind(' ') - 5);
+        Answer const parent = askParent(static_cast<unsigned int>(std::stoul(pid)));
+        EXPECT_TRUE(i == 0 || std::count(ended.begin(), ended.end(), parent.second)) << i;
+        EXPECT_EQ(Texts(calls.begin() + i, calls.begin() + i + 6),
+                  (Texts{"kill " + pid + " 15", pause, pause, pause, "kill " + pid + " 9", pause}));
+        ended.push_back(pid);
+    }
+    for (std::string const& pid : ended) EXPECT_EQ(0, ::kill(std::stoi(pid), SIGKILL));
+}
+
 TEST(ProcessStart, AFailedForkLeavesAnIdThatIsNeverSignalled) {
-    ProcessScript script;
+    Script script;
     script.forkFails = true;
     PProcess process(L"/bin/true", L"");
     unsigned int pid = 7, stored = 0;
