@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -35,24 +36,19 @@ inline std::string shell(std::string command) {
 }
 
 struct Child {
-    /// Starts a program and waits until it has begun, or the one that it becomes.
-    explicit Child(std::string const& arguments, std::string const& program = "/bin/sleep",
-                   std::string const& last = "", std::vector<PString> const& environment = {})
-        : process(owned(program), owned(arguments), environment) {
-        (void)process.start();
-        (void)process.getPID(pid);
-        std::string const awaited = (last.empty() ? program : last) + '\0';
-        EXPECT_TRUE(eventually([&] { return factOf(pid, "cmdline").starts_with(awaited); }));
+    explicit Child(std::string const& arguments = "60", std::string const& program = "/bin/sleep")
+        : process(owned(program), owned(arguments)) {
+        EXPECT_TRUE(process.start() == PERR_OK && process.getPID(pid) == PERR_OK);
+        auto const begun = [&] { return factOf(pid, "cmdline") != factOf(getpid(), "cmdline"); };
+        EXPECT_TRUE(eventually(begun));
     }
-
     ~Child() {
-        auto const id = static_cast<pid_t>(pid);
-        if (id <= 0 || waitpid(id, nullptr, WNOHANG) != 0) return;  // another may bear the id now
+        if (waitpid(pid, nullptr, WNOHANG) != 0) return;  // another may bear the id now
         end();
-        (void)waitpid(id, nullptr, 0);
+        (void)waitpid(pid, nullptr, 0);
     }
 
-    void end() const { (void)::kill(static_cast<pid_t>(pid), SIGKILL); }
+    void end() const { (void)::kill(pid, SIGKILL); }
 
     PProcess process;
     unsigned int pid = 0;
@@ -105,6 +101,10 @@ constexpr Question askMemory = ask<unsigned long long, PProcess::getMemoryUsage>
 constexpr Question askRunning = ask<bool, PProcess::isRunning>;
 constexpr Question askUser =
     ask<PString, [](unsigned int pid, PString& name) { return PProcess::getUserName(pid, name); }>;
+constexpr Question askFind =
+    ask<Ids, [](unsigned int, Ids& ids) { return PProcess::find(PString(), ids, ids); }>;
+constexpr Question askList =
+    ask<bool, [](unsigned int, bool&) { return PProcess::listPIDs(*std::make_unique<Ids>()); }>;
 
 struct Fact {
     char const* name;
@@ -126,6 +126,8 @@ inline Fact const FACTS[] = {
     {"getUserName", askUser, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
     {"isRunning", askRunning, true, {PERR_OK, "0"}, PERR_OK},
     {"getChildPID", ask<Ids, PProcess::getChildPID>, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
+    {"find", askFind, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
+    {"listPIDs", askList, true, {PERR_OK, "1"}, PERR_NOT_FOUND},
 };
 
 #endif
