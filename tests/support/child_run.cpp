@@ -6,18 +6,8 @@
 #include <thread>
 #include <utility>
 
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-ChildRun::ChildRun(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), TEST_CHILD);
-    std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    if (posix_spawn(&pid, TEST_CHILD, nullptr, nullptr, argv.data(), environ) != 0)
-        throw std::runtime_error("no child program");
-}
 
 ChildRun::ChildRun(std::function<int()> const& work) : pid(fork()) {
     if (pid < 0) throw std::runtime_error("no child");

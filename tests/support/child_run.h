@@ -1,18 +1,14 @@
-/// Runs of the child program, and waiting for what they do.
+/// Children that run a piece of a test, and waiting for what they do.
 #ifndef TESTS_SUPPORT_CHILD_RUN_H
 #define TESTS_SUPPORT_CHILD_RUN_H
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include <sys/types.h>
 
-/// One run of the child program, killed and collected at the latest when the object ends.
+/// One child, killed and collected at the latest when the object ends.
 class ChildRun {
 public:
-    explicit ChildRun(std::vector<std::string> arguments);
-
     /// Forks: the child ends with what the work gives, within a minute at the latest.
     explicit ChildRun(std::function<int()> const& work);
     ~ChildRun() { kill(); }
