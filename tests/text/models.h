@@ -18,6 +18,13 @@ inline std::wstring pick(std::wstring const& letters, size_t most) {
     return text;
 }
 
+/// A result with the string that an operation left, in which no buffer differs from no text.
+inline std::wstring after(int code, PString const& s) {
+    EXPECT_TRUE(s.ptr() == nullptr || s.ptr()[s.len()] == L'\0') << "not terminated";
+    std::wstring const text = s.ptr() == nullptr ? L"none" : std::wstring(s.ptr(), s.len());
+    return std::to_wstring(code) + L" " + text;
+}
+
 /// What all comparisons say about two things.
 std::array<bool, 6> compared(auto const& a, auto const& b) {
     return {a == b, a != b, a<b, a <= b, a> b, a >= b};

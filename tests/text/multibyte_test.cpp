@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -29,9 +30,9 @@ std::basic_string<To> _converted(size_t (*theirs)(To*, From const*, size_t),
     size_t const result = theirs(expected.data(), s.c_str(), limit);
     std::vector<From> const exact(s.c_str(), s.c_str() + readable);  // a sanitizer sees its end
     std::unique_ptr<To[]> const made(ours(exact.data(), limit));
-    bool const nothing = result == 0 || result == static_cast<size_t>(-1);
-    EXPECT_EQ(made == nullptr, nothing) << "the library's result is " << result;
-    EXPECT_TRUE(!made || std::basic_string<To>(made.get(), limit + SPARE) == expected);
+    EXPECT_EQ(made == nullptr, result + 1 <= 1) << testing::PrintToString(s) << limit;
+    EXPECT_TRUE(!made || std::equal(expected.begin(), expected.end(), made.get()))
+        << testing::PrintToString(s) << limit;
     return expected;
 }
 
@@ -52,15 +53,12 @@ TEST_P(Conversion, AgreesWithTheCLibrary) {
         size_t const rarity = 2 + dice() % 60;
         for (wchar_t& c : text) c = dice() % rarity == 0 ? _character() : c;
         size_t const limit = dice() % (4 * text.size() + 3);
-        SCOPED_TRACE(testing::PrintToString(text) + " to " + std::to_string(limit));
-        std::string bytes = _converted(wcstombs, PLiteral::pwchar2pchar, text, limit,
-                                       std::min(limit, text.size() + 1))
-                                .c_str();
-
+        size_t const readable = std::min(limit, text.size() + 1);
+        auto bytes = _converted(wcstombs, PLiteral::pwchar2pchar, text, limit, readable);
+        bytes.resize(strlen(bytes.c_str()));
         if (dice() % 3 == 0) bytes.insert(dice() % (bytes.size() + 1), 1, char(dice() | 1U));
         if (dice() % 3 == 0) bytes.resize(dice() % (bytes.size() + 1));
         size_t const room = dice() % (bytes.size() + 2);
-        SCOPED_TRACE(testing::PrintToString(bytes) + " to " + std::to_string(room));
         bool const ascii = std::all_of(bytes.begin(), bytes.end(), [](char c) { return c > 0; });
         _converted(mbstowcs, PLiteral::pchar2pwchar, bytes, room,
                    ascii ? std::min(room, bytes.size() + 1) : bytes.size() + 1);
