@@ -52,8 +52,8 @@ TEST(Counter, EveryChangeGoesThroughTheVirtualOperations) {
     EXPECT_EQ(events, "2 -3 1 -1 =9 =3 3 -2147483648 ");
     EXPECT_EQ(static_cast<int>(PCounterSync(counter)), INT_MIN + 7) << "wrapped, then copied";
     for (int i : {-4, 3, 4}) {
-        EXPECT_EQ(compared(PCounter(i), three), compared(i, 3)) << i;
-        EXPECT_EQ(compared(PCounter(i), 3), compared(i, 3)) << i;
+        EXPECT_EQ(compared(++(PCounter(9) = i - 1), three), compared(i, 3)) << i;
+        EXPECT_EQ(compared(PCounterSync(9) = PCounterSync(i), 3), compared(i, 3)) << i;
     }
 }
 

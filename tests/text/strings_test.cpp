@@ -1,6 +1,7 @@
 #include <climits>
 #include <clocale>
 #include <cstdarg>
+#include <memory>
 #include <utility>
 
 #include <text/models.h>
@@ -27,8 +28,7 @@ int _format(PString* out, PLiteral const* format, ...) {
 TEST(Literal, FindsWhatTheStandardLibraryFinds) {
     setlocale(LC_CTYPE, "C.UTF-8");
     for (int i = 0; i < 60000; ++i) {
-        std::wstring const letters =
-            i % 4 == 0 ? L"abAB\u00e9\u00c9\u0434\U00010428\u00e1" : L"abA";
+        std::wstring const letters = i % 4 == 0 ? L"abA\u00e9\u00c9\U00010428\u00e1" : L"abA";
         std::wstring const text = pick(letters, i % 5 == 0 ? 90 : 12);
         std::wstring const part = text.substr(dice() % (text.size() + 1), dice() % 80);
         std::wstring const what = i % 3 == 0 ? part : i % 3 == 1 ? _upper(part) : pick(letters, 3);
@@ -46,6 +46,7 @@ TEST(Literal, FindsWhatTheStandardLibraryFinds) {
         ASSERT_EQ(pos, fromEnd ? last : first);
         ASSERT_EQ(code, pos == a.npos ? PERR_NOT_FOUND : PERR_OK);
         ASSERT_EQ(literal.startsWith(what.c_str(), 1, fold), first == 0);
+        ASSERT_EQ(literal.endsWith(sought, fold), last != a.npos && last + b.size() == a.size());
         ASSERT_EQ(literal.endsWith(what.c_str(), n, fold), last != a.npos && last + n == a.size());
     }
 }
@@ -58,7 +59,8 @@ TEST(Literal, ComparesByLengthBeforeCharactersAndMeasuresAPointerOnce) {
         EXPECT_EQ(compared(a, ascending[i % 6]), compared(i / 6, i % 6)) << i;
     }
     wchar_t buffer[] = L"abc";
-    PLiteral literal = PLiteral() = PLiteral(buffer);
+    PLiteral literal;
+    (literal = PLiteral(L"x")) = buffer;
     buffer[1] = L'\0';
     EXPECT_EQ((literal = buffer).cmp(L"ab", P_WHOLE_STRING), 1) << "the old length stays";
 }
@@ -86,9 +88,14 @@ TEST(String, HoldsThisAfterEachEdit) {
     EXPECT_EQ(after(s.insert(1, s.ptr() + 2, 2), s), L"0 ab//b///b");
     EXPECT_EQ(after(s.set(s.ptr() + 1, 4), s), L"0 b//b");
     EXPECT_EQ(after(0, s = s.ptr() + 1), L"0 //b");
-    EXPECT_EQ(after(0, s = static_cast<PLiteral&>(s)), L"0 //b");
+    EXPECT_EQ(after(0, (s = std::as_const(s)) = static_cast<PLiteral&>(s)), L"0 //b");
     EXPECT_EQ(after(0, s = PString(std::move(s))), L"0 //b");
+    EXPECT_EQ(after(PUtils::fixExecFileExtension((s += L"x") += PLiteral(L"y")), s), L"0 //bxy");
+    EXPECT_EQ(after(s.erase(3, 2), s), L"0 //b");
     EXPECT_EQ(after(PUtils::pformatString(s, L"%d%ls", 42, s.ptr()), s), L"0 42//b");
+
+    std::unique_ptr<char[]> const narrow(static_cast<char*>(s));
+    EXPECT_STREQ(narrow.get(), "42//b");
 
     // Refused.
     EXPECT_EQ(after(s.insert(7, nullptr, 0), s), L"-502 42//b");

@@ -9,12 +9,14 @@ using namespace std::string_literals;
 namespace {
 
 template <typename T>
-void _writeAndRead(int (*write)(T, PString&), int (*read)(PLiteral const&, T&), T value) {
-    PString text;
-    ASSERT_EQ(after(write(value, text), text), L"0 " + std::to_wstring(value));
-    T back = 0;
-    ASSERT_EQ(text.insert(0, L"\t ", 2) + text.cat(L"x", 1) + read(text, back), PERR_OK);
-    ASSERT_EQ(back, value) << text.ptr();
+void _compare(int (*read)(PLiteral const&, T&), int (*write)(T, PString&), wchar_t const* format,
+              std::wstring const& text) {
+    T ours = 77, scanned = 77;
+    int const code = swscanf(text.c_str(), format, &scanned) == 1 ? PERR_OK : PERR_BAD_FORMAT;
+    ASSERT_EQ(read(text.c_str(), ours), code) << text << format;
+    ASSERT_EQ(ours, scanned) << text << format;
+    PString written;
+    ASSERT_EQ(after(write(ours, written), written), L"0 " + std::to_wstring(ours));
 }
 
 /// What strToBinary does, on a text that is really taken apart item by item.
@@ -34,14 +36,16 @@ std::string _naiveBinary(PString rest) {
 
 }  // namespace
 
-// How they are read from any text is for a fuzz target, beside the C library.
-TEST(Values, AreWrittenAsTheStandardLibraryWritesThem) {
-    for (int i = 0; i < 20000; ++i) {
-        unsigned long long const value = i < 64 ? 1ULL << i : dice() >> dice() % 64;
-        _writeAndRead(PUtils::int32ToStr, PUtils::strToInt32, static_cast<int>(value));
-        _writeAndRead(PUtils::uint32ToStr, PUtils::strToUint32, static_cast<unsigned int>(value));
-        _writeAndRead(PUtils::int64ToStr, PUtils::strToInt64, static_cast<long long>(value));
-        _writeAndRead(PUtils::uint64ToStr, PUtils::strToUint64, value);
+TEST(Values, AreReadAndWrittenAsTheCLibraryDoes) {
+    wchar_t const* const fronts[] = {L"922337203685477580", L"-922337203685477580",
+                                     L"1844674407370955161", L"-", L""};
+    for (int i = 0; i < 40000; ++i) {
+        std::wstring const front = i % 2 == 0 ? pick(L"0123456789", 20) : fronts[dice() % 5];
+        std::wstring const text = front + pick(L"00156789 -+x\v\x665", 6);
+        _compare<int>(PUtils::strToInt32, PUtils::int32ToStr, L"%d", text);
+        _compare<unsigned int>(PUtils::strToUint32, PUtils::uint32ToStr, L"%u", text);
+        _compare<long long>(PUtils::strToInt64, PUtils::int64ToStr, L"%lld", text);
+        _compare<unsigned long long>(PUtils::strToUint64, PUtils::uint64ToStr, L"%llu", text);
     }
     for (bool const value : {true, false}) {
         PString word;
