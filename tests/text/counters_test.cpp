@@ -48,8 +48,9 @@ TEST(Counter, EveryChangeGoesThroughTheVirtualOperations) {
     --(++((counter += 2) -= three));
     counter = 9;
     static_cast<PCounter&>(counter) = three;
+    static_cast<PCounterSync&>(counter) = PCounterSync(4);
     (counter += three) -= INT_MIN;
-    EXPECT_EQ(events, "2 -3 1 -1 =9 =3 3 -2147483648 ");
+    EXPECT_EQ(events, "2 -3 1 -1 =9 =3 =4 3 -2147483648 ");
     EXPECT_EQ(static_cast<int>(PCounterSync(counter)), INT_MIN + 7) << "wrapped, then copied";
     for (int i : {-4, 3, 4}) {
         EXPECT_EQ(compared(++(PCounter(9) = i - 1), three), compared(i, 3)) << i;
