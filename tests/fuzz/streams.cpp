@@ -37,15 +37,15 @@ struct Model {
     bool plain = true;  // one byte for each character, nothing skipped: makes the same bytes again
 
     void need(unsigned long n) const {
-        if (at > data.size() || n > data.size() - at) throw PERR_DATA_SHORT;
+        if (at > data.size() || n > data.size() - at) throw int{PERR_DATA_SHORT};
     }
     void marker(unsigned char expected) {
         need(1);
-        if (data[at++] != expected) throw PERR_DATA_MARKER;
+        if (data[at++] != expected) throw int{PERR_DATA_MARKER};
     }
     unsigned long number(unsigned char tag, unsigned long width = 4) {
         need(width + (tag != 0 ? 1 : 0));
-        if (tag != 0 && data[at] != tag) throw PERR_DATA_MARKER;
+        if (tag != 0 && data[at] != tag) throw int{PERR_DATA_MARKER};
         at += tag != 0 ? 1 : 0;
         unsigned long value = 0;
         for (; width > 0; --width) value = value << 8U | data[at++];
@@ -58,7 +58,7 @@ struct Model {
         at += n;
         std::wstring wide(n, L'\0');
         unsigned long const converted = mbstowcs(wide.data(), bytes.c_str(), n);
-        if (n != 0 && (converted == 0 || converted > n)) throw PERR_DATA_DECODE;
+        if (n != 0 && (converted == 0 || converted > n)) throw int{PERR_DATA_DECODE};
         plain = plain && converted == n;
         return {wide.c_str(), converted};
     }
