@@ -60,6 +60,9 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
     EXPECT_TRUE(done == 77 && line == L"kept") << "failures leave outputs alone";
     EXPECT_TRUE(file.pseek(-2, 2) == PERR_OK && file.pread(at, sizeof at, done) == PERR_OK);
     EXPECT_TRUE(std::string(at, done) == "lo" && file.pgetSize(size) == PERR_OK && size == 5);
+    PFile memory;
+    EXPECT_EQ(memory.popen(L"/proc/self/mem", 1, 1), PERR_OK);
+    EXPECT_EQ(memory.pseek(-(1LL << 47), 0), PERR_OK) << "unsigned there, and no failure";
 }
 
 TEST(FileLines, AreWrittenAsMultibyteTextAndReadAsSignedBytes) {

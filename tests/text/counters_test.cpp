@@ -66,4 +66,9 @@ TEST(SharedPointer, DeletesOnceWithTheLastShareInTheModeGivenAtFirst) {
     PPtr<Noted> head(new Noted{'a', {new Noted{'b'}, PPtr<Noted>::SINGLE}}, PPtr<Noted>::SINGLE);
     head = head->next;
     EXPECT_EQ(head->name, 'b') << "assigned from inside what goes";
+    auto* const own = new Noted{'o', {nullptr, PPtr<Noted>::SINGLE}};
+    own->next = own;
+    events.clear();
+    own->next = nullptr;
+    EXPECT_EQ(events, "o") << "assigned to inside what goes";
 }

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <climits>
 #include <clocale>
 #include <cstdarg>
@@ -146,14 +147,22 @@ TEST(Arguments, FirstBecomesAPairUnlessItIsOne) {
 
 // Around the room on the stack and the limit of all room, and where a conversion fails.
 TEST(Formatting, GivesWhatOnePassWithFixedRoomGives) {
-    PLiteral const format(L"%ls%s|");
+    PLiteral const format(L"%m%ls%s|");
     for (size_t length : {0UL, 254UL, 255UL, 256UL, 2052UL, 2053UL, 2054UL, 9000UL})
         for (char const* bytes : {"", "x", "\xff"}) {
             std::wstring const text(length, L'x');
             std::wstring room(format.len() + 2049, L'\0');
+            errno = ENOENT;
             (void)swprintf(room.data(), room.size() - 1, format, text.c_str(), bytes);
             PString out(L"old", 3);
+            errno = ENOENT;
             ASSERT_EQ(_format(&out, &format, text.c_str(), bytes), PERR_OK);
             ASSERT_STREQ(out.ptr(), room.c_str()) << length << bytes;
         }
+    std::wstring const writable = L"%2$d%3$n";
+    PLiteral const unusual(writable.c_str());
+    PString out;
+    int count = 0;
+    EXPECT_EQ(_format(&out, &unusual, 1, 2, &count), PERR_OK);
+    EXPECT_TRUE(out == L"2" && count == 1) << "as without checks of formats";
 }

@@ -73,6 +73,12 @@ TEST(Digits, AreReadOneByOneAndAsBytes) {
         ASSERT_EQ(PUtils::hexToByte(text.c_str(), byte), good ? PERR_OK : PERR_BAD_FORMAT);
         ASSERT_EQ(byte, scanned);
     }
+    wchar_t room[] = L"12\0"
+                     L"45";
+    PLiteral const edited(room);
+    room[2] = L'3';
+    char byte = 0;
+    EXPECT_TRUE(PUtils::hexToByte(edited, byte) == PERR_OK && byte == 0x45) << "to the terminator";
 }
 
 TEST(Bytes, AreWrittenAsItemsAndReadAsIfItemsWereTakenOffOneByOne) {
