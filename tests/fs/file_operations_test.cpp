@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <portinglayer/files.h>
-#include <portinglayer/libraries.h>
 #include <support/child_run.h>
 #include <support/scratch.h>
 
@@ -20,13 +19,8 @@ TEST(FileOperations, TellWhatStandsUnderANameAndMoveAndDeleteIt) {
     fs::create_symlink("none", scratch.path("dangling"));
     std::wstring const file = wide(scratch.write("file", "content")), to = scratch.wpath("\\moved");
     std::map<std::wstring, std::set<int>> const kinds{
-        {file, {0}},
-        {scratch.wpath("link"), {1}},
-        {L"\\dev\\null", {2}},
-        {scratch.wpath("dangling"), {0, 1, 2}},
-        {L"/tmp/\u00e9", {0, 1, 2}},  // not in the C locale
-        {L"", {}},
-    };
+        {file, {0}}, {scratch.wpath("link"), {1}}, {L"\\dev\\null", {2}},
+        {L"", {}},   {L"/tmp/\u00e9", {0, 1, 2}},  {scratch.wpath("dangling"), {0, 1, 2}}};
     for (auto const& [name, expected] : kinds) {
         EXPECT_EQ(PFile::exists(name.c_str()), expected.size() == 1);
         for (int kind = -1; kind < 4; ++kind)
@@ -36,8 +30,7 @@ TEST(FileOperations, TellWhatStandsUnderANameAndMoveAndDeleteIt) {
         EXPECT_EQ(code, PERR_INVALID_ARGUMENT);
     EXPECT_EQ(PFile::rename(file.c_str(), L"\u00e9"), PERR_SYSTEM);
     EXPECT_EQ(PFile::rename(file.c_str(), to.c_str()), PERR_OK);
-    EXPECT_EQ(scratch.read("moved"), "content");
-    EXPECT_EQ(PFile::pdelete(to.c_str()), PERR_OK);
+    EXPECT_EQ(PFile::pdelete(scratch.wpath("moved").c_str()), PERR_OK);
     EXPECT_EQ(PFile::pdelete(to.c_str()), PERR_NO_SUCH_FILE);
 }
 
@@ -54,43 +47,38 @@ TEST(FileOperations, RemoveAllEmptiesWhatLinksLeadToAndStopsAtWhatItCannotSee) {
         EXPECT_EQ(PFile::removeAll(scratch.wpath(name).c_str()), PERR_DIR_NOT_FOUND) << name;
     EXPECT_EQ(PFile::removeAll(L"/dev/null/"), PERR_INVALID_ARGUMENT) << "less its slash";
     EXPECT_EQ(PFile::removeAll(scratch.wpath("tree\\").c_str()), PERR_OK);
-    EXPECT_FALSE(fs::exists(scratch.path("tree")));
-    EXPECT_TRUE(fs::is_empty(scratch.path("target"))) << "the link's target stays, empty";
+    EXPECT_TRUE(!fs::exists(scratch.path("tree")) && fs::is_empty(scratch.path("target")));
 }
 
 TEST(FileOperations, GiveTheirCodesAtTheLimitsOfTheSystem) {
     constexpr int MOST = 1 << 20;
     Scratch scratch;
-    std::wstring const f = scratch.wpath("f"), dir = scratch.wpath("closed");
+    std::wstring const path = scratch.wpath("f"), closed = scratch.wpath("closed");
     fs::create_directory(scratch.path("closed"));
     fs::permissions(scratch.path("closed"), fs::perms::none);
     fs::permissions(scratch.dir(), fs::perms::all);
     ChildRun child([&] {
         rlimit const bytes{MOST, MOST}, none{0, 0};
         std::string const much(MOST + 1, 'x');
-        PLiteral const path(f.c_str()), closed(dir.c_str());
         unsigned long done = 0;
-        PLibrary* library = nullptr;
         PTempFile temporary;
         PFile file, other;
         EXPECT_TRUE(geteuid() != 0 || setresuid(65534, 65534, 65534) == 0);
-        EXPECT_EQ(PDir().popen(closed, L""), PERR_DIR_NOT_OPEN);
-        EXPECT_EQ(PFile::removeAll(closed), PERR_OK) << "unlisted";
+        EXPECT_EQ(PDir().popen(closed.c_str(), L""), PERR_DIR_NOT_OPEN);
+        EXPECT_EQ(PFile::removeAll(closed.c_str()), PERR_OK) << "unlisted";
 
         EXPECT_TRUE(signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &bytes) == 0);
-        EXPECT_EQ(file.popen(path, PFile::OPEN_SAFE_WRITE, 0), PERR_OK);
+        EXPECT_EQ(file.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0), PERR_OK);
         EXPECT_EQ(file.pwrite(much.data(), much.size(), done), PERR_OK) << "as much as fits";
         EXPECT_EQ(file.pwrite(much.data(), 1, done), PERR_WRITE);
         EXPECT_EQ(file.pwriteLine(L"x"), PERR_WRITE);
 
         EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-        EXPECT_EQ(other.popen(path, PFile::OPEN_READ, 1), PERR_OPEN);
-        EXPECT_EQ(other.popen(path, PFile::OPEN_SAFE_WRITE, 0), PERR_OPEN);
-        EXPECT_EQ(temporary.popen(path, 18, 0), PERR_OPEN) << "after all attempts";
-        EXPECT_EQ(PDir().popen(L"/tmp", L""), PERR_DIR_NOT_OPEN);
+        EXPECT_EQ(other.popen(path.c_str(), PFile::OPEN_READ, 1), PERR_OPEN);
+        EXPECT_EQ(other.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0), PERR_OPEN);
+        EXPECT_EQ(temporary.popen(path.c_str(), 18, 0), PERR_OPEN) << "after all attempts";
         EXPECT_EQ(PSystem::getTempDir().len(), 0U);
         EXPECT_EQ(PFile::removeAll(wide(scratch.dir()).c_str()), PERR_DELETE);
-        EXPECT_EQ(PLibrary::load(L"libanl.so.1", library, true), PERR_LIBRARY_LOAD);
         EXPECT_EQ(file.pclose(), PERR_OK);
         return testing::Test::HasFailure() ? 1 : 0;
     });

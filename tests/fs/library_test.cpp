@@ -6,19 +6,14 @@
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
 
-TEST(Library, IsUnloadedUnlessToldOtherwise) {
+TEST(Library, IsUnloadedUnlessToldOtherwiseAndIsTheMainProgramWithoutAName) {
+    PLibrary* library = nullptr;
     for (bool const unload : {true, false}) {
-        PLibrary* library = nullptr;
         ASSERT_EQ(PLibrary::load(L"libanl.so.1", library, unload), PERR_OK);
-        EXPECT_EQ(library->getName(), L"libanl.so.1");
         delete library;
         EXPECT_EQ(dlopen("libanl.so.1", RTLD_LAZY | RTLD_NOLOAD) == nullptr, unload);
     }
-}
-
-TEST(Library, NoNameIsTheMainProgramAndFailuresTellTheReason) {
-    PLibrary* library = nullptr;
-    EXPECT_EQ(PLibrary::load(L"\u00e9", library, false), PERR_OK) << "not in the C locale";
+    ASSERT_EQ(PLibrary::load(L"\u00e9", library, false), PERR_OK) << "not in the C locale";
     std::unique_ptr<PLibrary> const program(library);
     EXPECT_TRUE(program->getFunction("strlen") && !program->getFunction("none"));
     testing::internal::CaptureStderr();
@@ -33,13 +28,11 @@ TEST(FileNames, AreMadeOfLibraryNamesAndCutFromPaths) {
     wchar_t const* const rows[][3] = {{L"foo", L"libfoo.so", L"foo"},
                                       {L"LIB.SO", L"LIB.SO", L"LIB.SO"},
                                       {L"lib.so.1", L"lib.so.1.so", L"lib.so.1"},
-                                      {L"/a/b", L"lib/a/b.so", L"b"},
-                                      {L"a\\b/", L"liba\\b/.so", L""}};
+                                      {L"/a/b\\c", L"lib/a/b\\c.so", L"b\\c"}};
     for (auto const& [name, made, cut] : rows) {
         PString library(name, P_WHOLE_STRING), path(name, P_WHOLE_STRING);
         PLibrary::fixLibName(library);
         PFile::getFileName(path);
-        EXPECT_EQ(library, made);
-        EXPECT_EQ(path, cut);
+        EXPECT_TRUE(library == made && path == cut) << made;
     }
 }
