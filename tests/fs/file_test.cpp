@@ -3,10 +3,10 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <regex>
 #include <sstream>
 
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,7 +46,7 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
     unsigned long done = 77;
     long long size = 0;
     PString line(L"kept", 4);
-    PFile file;
+    PFile file, memory;
     EXPECT_EQ(file.pread(nullptr, 1, done), PERR_INVALID_ARGUMENT) << "even if closed";
     for (int const code : {file.pread(at, 1, done), file.pwrite(at, 1, done), file.pflush(),
                            file.pseek(0, 0), file.pgetSize(size), file.pgetName(line),
@@ -58,7 +58,6 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
     EXPECT_TRUE(done == 77 && line == L"kept") << "failures leave outputs alone";
     EXPECT_TRUE(file.pseek(-2, 2) == PERR_OK && file.pread(at, sizeof at, done) == PERR_OK);
     EXPECT_TRUE(std::string(at, done) == "lo" && file.pgetSize(size) == PERR_OK && size == 5);
-    PFile memory;
     EXPECT_EQ(memory.popen(L"/proc/self/mem", 1, 1), PERR_OK);
     EXPECT_EQ(memory.pseek(-(1LL << 47), 0), PERR_OK) << "unsigned there, and no failure";
 }
@@ -123,7 +122,7 @@ TEST(FilesUnderLoad, LoseNoUpdateIfExclusiveAndAreSeenWholeIfSafe) {
     };
     EXPECT_EQ(replace('o', 0), PERR_OK);
     ChildRun killed([&] { return replace('k', SIGKILL); });
-    std::regex const sibling("safe\\.talv_temp-" + std::to_string(killed.pid) + "-[0-9]+");
+    std::string const sibling = "safe.talv_temp-" + std::to_string(killed.pid) + "-[0-9]*[0-9]";
     EXPECT_EQ(killed.wait(), -SIGKILL);
     std::vector<ChildRun> children;
     for (char const sign : {'a', 'b', 'c', 'd', 'e', 'f'})
@@ -148,5 +147,5 @@ TEST(FilesUnderLoad, LoseNoUpdateIfExclusiveAndAreSeenWholeIfSafe) {
     })) << "an update was lost";
     for (ChildRun& child : children) EXPECT_EQ(child.wait(), 0);
     ASSERT_EQ(scratch.names().size(), 3U) << "both files, and what the killed one left";
-    EXPECT_TRUE(std::regex_match(scratch.names()[2], sibling)) << scratch.names()[2];
+    EXPECT_EQ(fnmatch(sibling.c_str(), scratch.names()[2].c_str(), 0), 0) << scratch.names()[2];
 }
