@@ -15,10 +15,9 @@ inline std::atomic<int> interruptions = 0;
 /// comes to the first thread of the program, so call it there. Its handler has nothing restarted.
 template <class Call>
 auto interrupted(Call const& call) {
-    constexpr int HALF_A_MINUTE = 15'000;
     struct sigaction ours {
     }, theirs{};
-    ours.sa_handler = [](int) { ++interruptions < HALF_A_MINUTE ? void() : std::abort(); };
+    ours.sa_handler = [](int) { ++interruptions < 15'000 ? void() : std::abort(); };  // 30 s
     itimerval const often{{0, 2000}, {0, 2000}};
     itimerval limit{};
     interruptions = 0;
