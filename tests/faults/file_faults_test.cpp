@@ -58,6 +58,7 @@ TEST(FileFaults, TemporaryNamesEndInANumberThatFitsItsRoom) {
         EXPECT_EQ(made.get(), std::to_wstring(number % 238328));
         EXPECT_EQ(PSystem::getRandom(5, 10), number == 2147483647 ? 15 : 5);
     }
+    EXPECT_EQ(PSystem::getTempDir(), L"/tmp/");
     refusal = 0;
     drawn = 7;
     Scratch scratch;

@@ -58,7 +58,8 @@ TEST(FileOperations, GiveTheirCodesAtTheLimitsOfTheSystem) {
     fs::permissions(scratch.path("closed"), fs::perms::none);
     fs::permissions(scratch.dir(), fs::perms::all);
     ChildRun child([&] {
-        rlimit const bytes{MOST, MOST}, none{0, 0};
+        rlimit const bytes{MOST, MOST};
+        rlimit descriptors{};
         std::string const much(MOST + 1, 'x');
         unsigned long done = 0;
         PTempFile temporary;
@@ -75,8 +76,10 @@ TEST(FileOperations, GiveTheirCodesAtTheLimitsOfTheSystem) {
 
         // Before the limit: the sanitizer needs a descriptor to see a type for the first time.
         EXPECT_EQ(temporary.popen(path.c_str(), 0, 0), PERR_NO_SUCH_FILE) << "not to be created";
-        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-        EXPECT_EQ(other.popen(path.c_str(), PFile::OPEN_READ, 1), PERR_OPEN);
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &descriptors), 0);
+        descriptors.rlim_cur = 0;
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &descriptors), 0);
+        EXPECT_EQ(other.popen(L"/dev/null", PFile::OPEN_READ, 1), PERR_OPEN);
         EXPECT_EQ(other.popen(path.c_str(), PFile::OPEN_SAFE_WRITE, 0), PERR_OPEN);
         EXPECT_EQ(temporary.popen(path.c_str(), 18, 0), PERR_OPEN) << "after all attempts";
         EXPECT_EQ(PSystem::getTempDir().len(), 0U);

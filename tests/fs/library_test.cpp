@@ -10,6 +10,7 @@ TEST(Library, IsUnloadedUnlessToldOtherwiseAndIsTheMainProgramWithoutAName) {
     PLibrary* library = nullptr;
     for (bool const unload : {true, false}) {
         ASSERT_EQ(PLibrary::load(L"libanl.so.1", library, unload), PERR_OK);
+        EXPECT_EQ(library->getName(), L"libanl.so.1");
         delete library;
         EXPECT_EQ(dlopen("libanl.so.1", RTLD_LAZY | RTLD_NOLOAD) == nullptr, unload);
     }
