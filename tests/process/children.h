@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -93,18 +94,26 @@ Answer ask(unsigned int pid) {
 }
 
 constexpr Question askName = ask<PString, PProcess::getName>;
+constexpr Question askPath = ask<PString, PProcess::getPath>;
 constexpr Question askLine = ask<PString, PProcess::getCmdLine>;
 constexpr Question askFolder = ask<PString, PProcess::getWorkingDir>;
 constexpr Question askEnvironment = ask<std::vector<PString>, PProcess::getEnvironment>;
+constexpr Question askNice = ask<int, PProcess::getPriority>;
 constexpr Question askParent = ask<unsigned int, PProcess::getParentPID>;
 constexpr Question askMemory = ask<unsigned long long, PProcess::getMemoryUsage>;
 constexpr Question askRunning = ask<bool, PProcess::isRunning>;
-constexpr Question askUser =
-    ask<PString, [](unsigned int pid, PString& name) { return PProcess::getUserName(pid, name); }>;
-constexpr Question askFind =
-    ask<Ids, [](unsigned int, Ids& ids) { return PProcess::find(PString(), ids, ids); }>;
-constexpr Question askList =
-    ask<bool, [](unsigned int, bool&) { return PProcess::listPIDs(*std::make_unique<Ids>()); }>;
+constexpr Question askLoad = ask<unsigned int, PProcess::getCPUUsage>;
+constexpr Question askProcessorLoad = ask<unsigned int, PProcess::getSpecCPUUsage>;
+constexpr Question askChildren = ask<Ids, PProcess::getChildPID>;
+
+// clang-format off
+#define QUERY(name, Out, call) \
+    constexpr Question name = ask<Out, []([[maybe_unused]] unsigned int pid, Out& out) { return call; }>
+QUERY(askUser, PString, PProcess::getUserName(pid, out));
+QUERY(askFree, unsigned long long, PProcess::getFreeMemory(out));
+QUERY(askMachineLoad, unsigned int, PProcess::getCPUUsage(out));
+QUERY(askFind, Ids, PProcess::find(PString(), out, out));
+QUERY(askList, Ids, PProcess::listPIDs(*std::make_unique<Ids>(out)));
 
 struct Fact {
     char const* name;
@@ -112,22 +121,25 @@ struct Fact {
     bool reaps;   ///< every ended child of the caller
     Answer gone;  ///< for an id that no process bears
     int starved;  ///< where no descriptor is left
+    std::set<int> meanwhile = {};  ///< besides, of one that ends
 };
 
 inline Fact const FACTS[] = {
     {"getName", askName, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"getPath", ask<PString, PProcess::getPath>, true, {PERR_NOT_FOUND, "kept"}, PERR_OK},
+    {"getPath", askPath, true, {PERR_NOT_FOUND, "kept"}, PERR_OK},
     {"getCmdLine", askLine, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
     {"getWorkingDir", askFolder, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
     {"getEnvironment", askEnvironment, false, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"getPriority", ask<int, PProcess::getPriority>, false, {PERR_NOT_FOUND, "7"}, PERR_OK},
+    {"getPriority", askNice, false, {PERR_NOT_FOUND, "7"}, PERR_OK},
     {"getParentPID", askParent, false, {PERR_NOT_FOUND, "0"}, PERR_NOT_FOUND},
-    {"getMemoryUsage", askMemory, false, {PERR_NO_PROCESS, "7"}, PERR_NO_PROCESS},
+    {"getMemoryUsage", askMemory, false, {PERR_NO_PROCESS, "7"}, PERR_NO_PROCESS, {PERR_NOT_FOUND}},
     {"getUserName", askUser, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
+    {"getCPUUsage", askLoad, false, {PERR_NO_SUCH_FILE, "0"}, PERR_OPEN, {PERR_READ, PERR_SYSTEM}},
     {"isRunning", askRunning, true, {PERR_OK, "0"}, PERR_OK},
-    {"getChildPID", ask<Ids, PProcess::getChildPID>, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
+    {"getChildPID", askChildren, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
     {"find", askFind, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"listPIDs", askList, true, {PERR_OK, "1"}, PERR_NOT_FOUND},
+    {"listPIDs", askList, true, {PERR_OK, "0|"}, PERR_NOT_FOUND},
 };
+// clang-format on
 
 #endif

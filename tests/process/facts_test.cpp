@@ -1,33 +1,42 @@
 #include <process/children.h>
 #include <sys/resource.h>
 
-TEST(ProcessFacts, TellHowABusyChildStands) {
-    Child const child(shell("while :; do :; done"), "/bin/sh");
-    unsigned int const self = PProcess::getCurrentPID();
-    std::string environment = factOf(child.pid, "environ");
+TEST(ProcessFacts, TellHowAChildStandsAndWhichBearAName) {
+    Scratch scratch;
+    std::string const plain = "Plt" + std::to_string(getpid()), extended = plain + "-beyond-15";
+    for (auto const& name : {plain, extended})
+        ASSERT_EQ(0, symlink("/bin/sleep", scratch.path(name).c_str()));
+    Child const brief("60 1", scratch.path(plain)), other("60", scratch.path(extended));
+    std::string environment = factOf(brief.pid, "environ");
     std::replace(environment.begin(), environment.end(), '\0', '|');
-    std::pair<Question, std::string> const rows[] = {
-        {askName, "sh"},
-        {askLine, "/bin/sh " + shell("while :; do :; done")},
-        {askEnvironment, environment},
-        {askParent, shown(self)},
-        {askUser, "root"},  // whoever runs it
-        {askFolder, askFolder(self).second},
+    std::string const self = shown(getpid());
+    EXPECT_EQ(0, setpriority(PRIO_PROCESS, brief.pid, 7));
+    EXPECT_EQ(Answer(PERR_OK, plain), askName(brief.pid));
+    EXPECT_EQ(Answer(PERR_OK, scratch.path(plain) + " 60 1"), askLine(brief.pid));
+    EXPECT_EQ(Answer(PERR_OK, environment), askEnvironment(brief.pid));
+    EXPECT_EQ(Answer(PERR_OK, self), askParent(brief.pid));
+    EXPECT_EQ(Answer(PERR_OK, "root"), askUser(brief.pid));  // whoever runs it
+    EXPECT_EQ(Answer(PERR_OK, "7"), askNice(brief.pid));
+    EXPECT_TRUE(askPath(brief.pid).second.ends_with("/sleep")) << askPath(brief.pid).second;
+    EXPECT_LT(100 << 10, std::stol(askMemory(brief.pid).second));
+
+    std::pair<std::string, Ids> const rows[] = {
+        {plain, {brief.pid}},         {"C:\\x/pLT" + plain.substr(3), {brief.pid}},
+        {plain.substr(1), {}},        {extended, {other.pid}},
+        {extended.substr(0, 15), {}},  // cut as by the system
     };
-    for (auto const& [ask, value] : rows) EXPECT_EQ(Answer(PERR_OK, value), ask(child.pid));
-    PString path;
-    int nice = 99;
-    unsigned int load = 0, all = 0, one = 101;
-    unsigned long long memory = 0, free = 0;
-    EXPECT_EQ(0, setpriority(PRIO_PROCESS, child.pid, 7));
-    for (int code : {child.process.getPath(path), child.process.getPriority(nice),
-                     child.process.getMemoryUsage(memory), PProcess::getFreeMemory(free),
-                     PProcess::getCPUUsage(child.pid, load), PProcess::getCPUUsage(all),
-                     PProcess::getSpecCPUUsage(0, one)})
-        EXPECT_EQ(PERR_OK, code);
-    EXPECT_TRUE(path.endsWith(L"sh", 2, false) && nice == 7) << shown(path) << nice;
-    EXPECT_TRUE(memory > 100U << 10 && free > 1U << 20) << memory << ' ' << free;
-    EXPECT_TRUE(load > 0 && load <= 105 && all > 0 && all <= 100 && one <= 100) << load << all;
+    for (auto const& [name, expected] : rows) {
+        Ids pids{1}, parents{1, 2};
+        EXPECT_EQ(expected.empty(), PProcess::find(owned(name), pids, parents) == PERR_NOT_FOUND);
+        EXPECT_EQ(expected, pids) << name;
+        EXPECT_EQ(Ids(pids.size(), getpid()), parents) << name;
+    }
+    Ids all{0}, children{0};
+    EXPECT_EQ(PERR_OK, PProcess::listPIDs(all));
+    EXPECT_EQ(1, std::count(all.begin(), all.end(), brief.pid));
+    EXPECT_EQ(0, std::count(all.begin(), all.end(), 0));  // nothing but processes
+    EXPECT_EQ(PERR_OK, PProcess::getChildPID(getpid(), children));
+    EXPECT_EQ((Ids{brief.pid, other.pid}), children);
 }
 
 TEST(ProcessFacts, AreKeptOrClearedForAProcessThatIsGone) {
@@ -56,43 +65,26 @@ TEST(ProcessFacts, AreKeptOrClearedForAProcessThatIsGone) {
 }
 
 TEST(ProcessFacts, GiveTheirCodesWhereNoDescriptorIsLeft) {
-    unsigned int percent = 0;
-    unsigned long long bytes = 0;
-    std::vector<int> codes, expected;
     rlimit limit{};
     ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &limit));
-    rlimit const none{0, limit.rlim_max};
-    (void)setrlimit(RLIMIT_NOFILE, &none);
-    codes = {PProcess::getCPUUsage(percent), PProcess::getCPUUsage(1, percent),
-             PProcess::getSpecCPUUsage(0, percent), PProcess::getFreeMemory(bytes)};
-    for (Fact const& fact : FACTS) codes.push_back(fact.ask(PProcess::getCurrentPID()).first);
-    (void)setrlimit(RLIMIT_NOFILE, &limit);
-    expected = {PERR_IO, PERR_OPEN, PERR_OPEN, PERR_IO};
-    for (Fact const& fact : FACTS) expected.push_back(fact.starved);
-    EXPECT_EQ(expected, codes);
+    std::vector<std::pair<Question, int>> rows{
+        {askFree, PERR_IO}, {askMachineLoad, PERR_IO}, {askProcessorLoad, PERR_OPEN}};
+    for (Fact const& fact : FACTS) rows.emplace_back(fact.ask, fact.starved);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rlimit const none{0, limit.rlim_max};
+        (void)setrlimit(RLIMIT_NOFILE, &none);
+        int const code = rows[i].first(PProcess::getCurrentPID()).first;
+        (void)setrlimit(RLIMIT_NOFILE, &limit);
+        EXPECT_EQ(rows[i].second, code) << i;
+    }
 }
 
-TEST(ProcessFacts, FindProgramsByTheirWholeName) {
-    Scratch scratch;
-    std::string const plain = "Plt" + std::to_string(getpid()), extended = plain + "-beyond-15";
-    for (auto const& name : {plain, extended})
-        ASSERT_EQ(0, symlink("/bin/sleep", scratch.path(name).c_str()));
-    Child const brief("60", scratch.path(plain)), other("60", scratch.path(extended));
-    std::pair<std::string, Ids> const rows[] = {
-        {plain, {brief.pid}},         {"C:\\x/pLT" + plain.substr(3), {brief.pid}},
-        {plain.substr(1), {}},        {extended, {other.pid}},
-        {extended.substr(0, 15), {}},  // cut as by the system
-    };
-    for (auto const& [name, expected] : rows) {
-        Ids pids{1}, parents{1, 2};
-        EXPECT_EQ(expected.empty(), PProcess::find(owned(name), pids, parents) == PERR_NOT_FOUND);
-        EXPECT_EQ(expected, pids) << name;
-        EXPECT_EQ(Ids(pids.size(), PProcess::getCurrentPID()), parents) << name;
+TEST(Load, OfABusyProcessShows) {
+    Child const child(shell("while :; do :; done"), "/bin/sh");
+    for (Question const ask : {askLoad, askMachineLoad}) {
+        auto const [code, percent] = ask(child.pid);
+        EXPECT_TRUE(code == PERR_OK && std::stoi(percent) > 0 && std::stoi(percent) <= 105)
+            << code << ' ' << percent;
     }
-    Ids all{0}, children{0};
-    EXPECT_EQ(PERR_OK, PProcess::listPIDs(all));
-    EXPECT_EQ(1, std::count(all.begin(), all.end(), brief.pid));
-    EXPECT_EQ(0, std::count(all.begin(), all.end(), 0));  // nothing but processes
-    EXPECT_EQ(PERR_OK, PProcess::getChildPID(PProcess::getCurrentPID(), children));
-    EXPECT_EQ((Ids{brief.pid, other.pid}), children);
+    EXPECT_EQ(PERR_OK, askProcessorLoad(0).first);
 }

@@ -1,11 +1,8 @@
 // What a healthy system will not do: the definitions here win over those of the C library.
 #include <algorithm>
 #include <clocale>
-#include <cstdio>
-#include <functional>
-#include <map>
 
-#include <dlfcn.h>
+#include <faults/interpose.h>
 #include <process/children.h>
 #include <unistd.h>
 
@@ -14,77 +11,56 @@
 namespace {
 
 using Texts = std::vector<std::string>;
-using Files = std::map<std::string, Texts>;
 
-/// While one exists, pauses and signals are recorded instead of done, and its files stand in for
-/// those of the system: each reads as its first text, and from each pause on as its next one;
-/// without any it does not exist.
+/// While one exists, pauses and signals are recorded instead of done, and its texts, where it has
+/// any, stand in for the files of the system: for /proc/stat the ones, for all others the others.
+/// Each file reads as its first text, and from each pause on as its next one.
 struct Script {
-    explicit Script(Files const& given = {}) : files(given) {
+    explicit Script(Texts machine = {}, Texts process = {}) : texts{machine, process} {
         active = this;
         show();
     }
     ~Script() { active = nullptr; }
 
     void show() const {
-        for (auto const& [path, texts] : files)
-            if (!texts.empty())
-                scratch.write(name(path), texts[std::min(calls.size(), texts.size() - 1)]);
+        for (auto const& file : texts)
+            if (!file.empty())
+                scratch.write(name(file), file[std::min(calls.size(), file.size() - 1)]);
     }
 
-    static int record(std::string const& call, unsigned int argument) {
-        active->calls.push_back(call + " " + std::to_string(argument));
+    std::string name(Texts const& file) const { return &file == texts ? "machine" : "process"; }
+
+    static int record(std::string const& call, long argument) {
+        active->calls.push_back(call + " " + std::to_string(static_cast<int>(argument)));
         active->show();
         return 0;
     }
 
-    static std::string standIn(char const* path) {
-        bool const scripted = active != nullptr && active->files.contains(path);
-        return scripted ? active->scratch.path(name(path)) : path;
-    }
-
-    static std::string name(std::string const& path) {
-        return std::to_string(std::hash<std::string>()(path));
+    static std::string standIn(std::string const& path) {
+        if (active == nullptr || (active->texts[0].empty() && active->texts[1].empty()))
+            return path;
+        return active->scratch.path(active->name(active->texts[path == "/proc/stat" ? 0 : 1]));
     }
 
     static inline Script* active = nullptr;
-    Files const files;
+    Texts const texts[2];
     Texts calls;  ///< such as "sleep 1", "usleep 400000", "kill 4711 9"
     bool forkFails = false;
     Scratch scratch;
 };
 
-/// The system's function behind one of those below.
-template <typename Function>
-Function* _systems(Function*, char const* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
-extern "C" {
-FILE* fopen(char const* path, char const* mode) {
-    return _systems(&fopen, "fopen")(Script::standIn(path).c_str(), mode);
-}
-int scriptedOpen(char const* path, int flags, mode_t mode) __asm__("open");  // elsewhere variadic
-int scriptedOpen(char const* path, int flags, mode_t mode) {
-    return _systems(&scriptedOpen, "open")(Script::standIn(path).c_str(), flags, mode);
-}
-unsigned int sleep(unsigned int seconds) {
-    return static_cast<unsigned int>(Script::record("sleep", seconds));
-}
-int usleep(useconds_t microseconds) {
-    return Script::record("usleep", microseconds);
-}
-int kill(pid_t pid, int signal) noexcept {
-    if (Script::active == nullptr) return _systems(&kill, "kill")(pid, signal);
-    return Script::record("kill " + std::to_string(pid), signal);
-}
-pid_t fork() noexcept {
-    bool const fails = Script::active != nullptr && Script::active->forkFails;
-    return fails ? -1 : _systems(&fork, "fork")();
-}
-}
+// clang-format off
+#define STAND_IN(name) INTERPOSE(name, auto const path = Script::standIn(reinterpret_cast<char*>(a)); \
+                                 a = reinterpret_cast<long>(path.c_str()))
+STAND_IN(fopen)
+STAND_IN(open)
+INTERPOSE(sleep, return Script::record("sleep", a))
+INTERPOSE(usleep, return Script::record("usleep", a))
+INTERPOSE(kill, if (Script::active) return Script::record("kill " + std::to_string(int(a)), b))
+INTERPOSE(fork, if (Script::active && Script::active->forkFails) return -1)
+// clang-format on
 
 namespace {
 
@@ -95,15 +71,6 @@ std::string _line(int user, int system, std::string const& name = "(x)", int las
     for (int field = 16; field <= last; ++field) line += " " + std::to_string(field);
     return line;
 }
-
-constexpr Question _free = ask<unsigned long long, [](unsigned int, unsigned long long& bytes) {
-    return PProcess::getFreeMemory(bytes);
-}>;
-constexpr Question _machine = ask<unsigned int, [](unsigned int, unsigned int& percent) {
-    return PProcess::getCPUUsage(percent);
-}>;
-constexpr Question _process = ask<unsigned int, PProcess::getCPUUsage>;
-constexpr Question _processor = ask<unsigned int, PProcess::getSpecCPUUsage>;
 
 }  // namespace
 
@@ -118,38 +85,63 @@ TEST(Load, IsCountedBetweenTwoSamples) {
         int code;
         char const* percent;
     } const rows[] = {
-        {"cut", _machine, {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}, {}, 0, "66"},
-        {"nothing moved", _machine, {zero}, {}, 0, "0"},
-        {"idle back", _machine, back, {}, 0, "75"},
-        {"total back", _machine, {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"}, {}, 0, "500"},
-        {"32 bits wrap", _machine, {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"}, {}, 0, "300"},
-        {"both times", _process, hundred, busy, 0, "15"},
-        {"sum cut", _process, {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}, 0, "25"},
-        {"idle back", _process, back, busy, 0, "37"},
-        {"last byte lost", _process, {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy, 0, "15"},
-        {"second block", _process, {zero, block + hundred[1]}, busy, 0, "15"},
-        {"nothing moved", _process, {zero}, busy, PERR_SYSTEM, "0"},
-        {"space in the name", _process, hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM, "0"},
-        {"ended meanwhile", _process, hundred, {_line(0, 0), ""}, PERR_END_OF_FILE, "0"},
-        {"a counter missing", _process, {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE, "0"},
-        {"no process", _process, hundred, {}, PERR_NO_SUCH_FILE, "0"},
-        {"own line", _processor, {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"}, {}, 0, "33"},
-        {"second block", _processor, {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"}, {}, 0, "25"},
-        {"across blocks", _processor, {block.substr(2) + "cpu1 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
-        {"idle back", _processor, {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, {}, 0, "500"},
-        {"a number missing", _processor, {"cpu1 0 0 0"}, {}, PERR_SYSTEM, "7"},
-        {"gone", _processor, {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
+        {"cut", askMachineLoad, {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}, {}, 0, "66"},
+        {"nothing moved", askMachineLoad, {zero}, {}, 0, "0"},
+        {"idle back", askMachineLoad, back, {}, 0, "75"},
+        {"total back",
+         askMachineLoad,
+         {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"},
+         {},
+         0,
+         "500"},
+        {"32 bits wrap",
+         askMachineLoad,
+         {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"},
+         {},
+         0,
+         "300"},
+        {"both times", askLoad, hundred, busy, 0, "15"},
+        {"sum cut", askLoad, {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}, 0, "25"},
+        {"idle back", askLoad, back, busy, 0, "37"},
+        {"last byte lost", askLoad, {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy, 0, "15"},
+        {"second block", askLoad, {zero, block + hundred[1]}, busy, 0, "15"},
+        {"nothing moved", askLoad, {zero}, busy, PERR_SYSTEM, "0"},
+        {"space in the name", askLoad, hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM, "0"},
+        {"ended meanwhile", askLoad, hundred, {_line(0, 0), ""}, PERR_END_OF_FILE, "0"},
+        {"a counter missing", askLoad, {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE, "0"},
+        {"no process", askLoad, hundred, {}, PERR_NO_SUCH_FILE, "0"},
+        {"own line",
+         askProcessorLoad,
+         {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"},
+         {},
+         0,
+         "33"},
+        {"second block",
+         askProcessorLoad,
+         {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"},
+         {},
+         0,
+         "25"},
+        {"across blocks",
+         askProcessorLoad,
+         {block.substr(2) + "cpu1 0 0 0 0"},
+         {},
+         PERR_SYSTEM,
+         "7"},
+        {"idle back", askProcessorLoad, {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, {}, 0, "500"},
+        {"a number missing", askProcessorLoad, {"cpu1 0 0 0"}, {}, PERR_SYSTEM, "7"},
+        {"gone", askProcessorLoad, {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
     };
     for (auto const& row : rows) {
-        Script const script({{"/proc/stat", row.machine}, {"/proc/1/stat", row.process}});
+        Script const script(row.machine, row.process);
         EXPECT_EQ(Answer(row.code, row.percent), row.ask(1)) << row.what;
-        Texts const pause{row.ask == _machine ? "sleep 1" : "usleep 400000"};
+        Texts const pause{row.ask == askMachineLoad ? "sleep 1" : "usleep 400000"};
         EXPECT_TRUE(row.code != PERR_OK || script.calls == pause) << row.what;
     }
 }
 
 TEST(Load, ReadsTheRealTimePriorityIntoThePriority) {
-    Script const script(Files{{"/proc/stat", {_line(14, 15)}}});
+    Script const script({_line(14, 15)});
     PFile file;
     proc_stat r;
     ASSERT_EQ(PERR_OK, file.popen(L"/proc/stat", PFile::OPEN_READ, 1));
@@ -185,7 +177,7 @@ TEST(ProcessFacts, ComeFromLinesReadInPiecesUnderTheLocale) {
         {askRunning, noise, "1"},
         {askRunning, piece + "State:\tZ (zombie)\n", "0"},
         {askName, "Name:\t" + acute + " \n", "<233>"},
-        {_free, "MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n", "5120"},
+        {askFree, "MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n", "5120"},
         {askLine, shift + zero + "b c" + zero + "end", std::string(45, 'a') + " \"b c\""},
         {askLine, acute + zero + "b" + zero, "<233><0> b"},
         {askEnvironment, "A=" + acute + "z" + zero + "LAST=1", "A=<233>z|"},
@@ -197,12 +189,7 @@ TEST(ProcessFacts, ComeFromLinesReadInPiecesUnderTheLocale) {
     };
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     for (auto const& row : rows) {
-        Texts const all{row.content};
-        Script const script({{"/proc/1/status", all},
-                             {"/proc/1/cmdline", all},
-                             {"/proc/1/environ", all},
-                             {"/proc/meminfo", all},
-                             {"/etc/passwd", all}});
+        Script const script({}, {row.content});
         EXPECT_EQ(Answer(row.code, row.value), row.ask(1)) << row.content;
     }
     (void)setlocale(LC_CTYPE, "C");
@@ -224,7 +211,7 @@ TEST(ProcessWaiting, IsDividedIntoStepsOfATenthButASecondAtLeast) {
 
 TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
     Child const root(shell("sh -c 'sleep 60; :' & sleep 60; :"), "/bin/sh");
-    Texts calls, ended;
+    Texts calls, ended{askParent(root.pid).second};
     ASSERT_TRUE(eventually([&] {
         Script script;
         EXPECT_EQ(PERR_OK, PProcess::killTree(root.pid));
@@ -232,15 +219,14 @@ TEST(ProcessEnding, KillTreeEndsParentsBeforeTheirChildren) {
         return calls.size() == 4 * 6;
     }));
     std::string const pause = "usleep 1000000";
-    for (std::size_t i = 0; i < calls.size(); i += 6) {
-        std::string const pid = calls[i].substr(5, calls[i].rfind(' ') - 5);
-        Answer const parent = askParent(static_cast<unsigned int>(std::stoul(pid)));
-        EXPECT_TRUE(i == 0 || std::count(ended.begin(), ended.end(), parent.second)) << i;
-        EXPECT_EQ(Texts(calls.begin() + i, calls.begin() + i + 6),
-                  (Texts{"kill " + pid + " 15", pause, pause, pause, "kill " + pid + " 9", pause}));
+    for (auto call = calls.begin(); call != calls.end(); call += 6) {
+        std::string const pid = call->substr(5, call->rfind(' ') - 5), kill = "kill " + pid;
+        EXPECT_EQ(1, std::count(ended.begin(), ended.end(), askParent(std::stoi(pid)).second));
+        EXPECT_EQ(Texts(call, call + 6),
+                  (Texts{kill + " 15", pause, pause, pause, kill + " 9", pause}));
         ended.push_back(pid);
     }
-    for (std::string const& pid : ended) EXPECT_EQ(0, ::kill(std::stoi(pid), SIGKILL));
+    for (std::size_t i = 1; i < ended.size(); ++i) (void)::kill(std::stoi(ended[i]), SIGKILL);
 }
 
 TEST(ProcessStart, AFailedForkLeavesAnIdThatIsNeverSignalled) {
