@@ -78,13 +78,3 @@ TEST(ProcessFacts, GiveTheirCodesWhereNoDescriptorIsLeft) {
         EXPECT_EQ(rows[i].second, code) << i;
     }
 }
-
-TEST(Load, OfABusyProcessShows) {
-    Child const child(shell("while :; do :; done"), "/bin/sh");
-    for (Question const ask : {askLoad, askMachineLoad}) {
-        auto const [code, percent] = ask(child.pid);
-        EXPECT_TRUE(code == PERR_OK && std::stoi(percent) > 0 && std::stoi(percent) <= 105)
-            << code << ' ' << percent;
-    }
-    EXPECT_EQ(PERR_OK, askProcessorLoad(0).first);
-}

@@ -23,12 +23,11 @@ struct Script {
     ~Script() { active = nullptr; }
 
     void show() const {
-        for (auto const& file : texts)
-            if (!file.empty())
-                scratch.write(name(file), file[std::min(calls.size(), file.size() - 1)]);
+        for (int const i : {0, 1})
+            if (!texts[i].empty())
+                scratch.write(std::to_string(i),
+                              texts[i][std::min(calls.size(), texts[i].size() - 1)]);
     }
-
-    std::string name(Texts const& file) const { return &file == texts ? "machine" : "process"; }
 
     static int record(std::string const& call, long argument) {
         active->calls.push_back(call + " " + std::to_string(static_cast<int>(argument)));
@@ -37,9 +36,8 @@ struct Script {
     }
 
     static std::string standIn(std::string const& path) {
-        if (active == nullptr || (active->texts[0].empty() && active->texts[1].empty()))
-            return path;
-        return active->scratch.path(active->name(active->texts[path == "/proc/stat" ? 0 : 1]));
+        bool const any = active && active->texts[0].size() + active->texts[1].size() > 0;
+        return any ? active->scratch.path(path == "/proc/stat" ? "0" : "1") : path;
     }
 
     static inline Script* active = nullptr;
@@ -64,11 +62,11 @@ INTERPOSE(fork, if (Script::active && Script::active->forkFails) return -1)
 
 namespace {
 
-/// A line of /proc/PID/stat with its two times and with `last` fields.
-std::string _line(int user, int system, std::string const& name = "(x)", int last = 52) {
+/// A line of /proc/PID/stat with its two times and all fields.
+std::string _line(int user, int system, std::string const& name = "(x)") {
     std::string line = "1 " + name + " S 4 5 6 7 8 9 10 11 12 13 " + std::to_string(user) + " " +
                        std::to_string(system);
-    for (int field = 16; field <= last; ++field) line += " " + std::to_string(field);
+    for (int field = 16; field <= 52; ++field) line += " " + std::to_string(field);
     return line;
 }
 
@@ -78,64 +76,40 @@ TEST(Load, IsCountedBetweenTwoSamples) {
     std::string const zero = "cpu 0 0 0 0 0 0 0 0\n", block(2048, 'x');
     Texts const hundred{zero, "cpu 10 10 10 40 10 10 5 5\n"}, busy{_line(7, 9), _line(17, 14)};
     Texts const back{"cpu 0 0 0 99 0 0 0 0\n", "cpu 30 0 0 0 0 10 0 0\n"};
+    Question const all = askMachineLoad, one = askProcessorLoad, process = askLoad;
     struct {
         char const* what;
         Question ask;
-        Texts machine, process;
-        int code;
-        char const* percent;
+        std::string percent;
+        Texts machine, process = {};
+        int code = PERR_OK;
     } const rows[] = {
-        {"cut", askMachineLoad, {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}, {}, 0, "66"},
-        {"nothing moved", askMachineLoad, {zero}, {}, 0, "0"},
-        {"idle back", askMachineLoad, back, {}, 0, "75"},
-        {"total back",
-         askMachineLoad,
-         {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"},
-         {},
-         0,
-         "500"},
-        {"32 bits wrap",
-         askMachineLoad,
-         {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"},
-         {},
-         0,
-         "300"},
-        {"both times", askLoad, hundred, busy, 0, "15"},
-        {"sum cut", askLoad, {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}, 0, "25"},
-        {"idle back", askLoad, back, busy, 0, "37"},
-        {"last byte lost", askLoad, {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy, 0, "15"},
-        {"second block", askLoad, {zero, block + hundred[1]}, busy, 0, "15"},
-        {"nothing moved", askLoad, {zero}, busy, PERR_SYSTEM, "0"},
-        {"space in the name", askLoad, hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM, "0"},
-        {"ended meanwhile", askLoad, hundred, {_line(0, 0), ""}, PERR_END_OF_FILE, "0"},
-        {"a counter missing", askLoad, {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE, "0"},
-        {"no process", askLoad, hundred, {}, PERR_NO_SUCH_FILE, "0"},
-        {"own line",
-         askProcessorLoad,
-         {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"},
-         {},
-         0,
-         "33"},
-        {"second block",
-         askProcessorLoad,
-         {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"},
-         {},
-         0,
-         "25"},
-        {"across blocks",
-         askProcessorLoad,
-         {block.substr(2) + "cpu1 0 0 0 0"},
-         {},
-         PERR_SYSTEM,
-         "7"},
-        {"idle back", askProcessorLoad, {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, {}, 0, "500"},
-        {"a number missing", askProcessorLoad, {"cpu1 0 0 0"}, {}, PERR_SYSTEM, "7"},
-        {"gone", askProcessorLoad, {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM, "7"},
+        {"cut", all, "66", {"cpu  1 2 3 4 5 6 7 8 9", "cpu  2 2 4 5 5 6 7 8 9"}},
+        {"nothing moved", all, "0", {zero}},
+        {"idle back", all, "75", back},
+        {"total back", all, "500", {"cpu 0 0 0 0 0 0 0 1000", "cpu 5 0 0 0 0 0 0 0"}},
+        {"32 bits wrap", all, "300", {"cpu 0 0 0 0 0 0 0 42949873", "cpu 42949973"}},
+        {"both times", process, "15", hundred, busy},
+        {"sum cut", process, "25", {zero, "cpu 8 0 0 0 0 0 0 0\n"}, {_line(0, 0), _line(1, 1)}},
+        {"idle back", process, "37", back, busy},
+        {"last byte lost", process, "15", {zero, "cpu 0 0 0 0 0 0 0 1009"}, busy},
+        {"second block", process, "15", {zero, block + hundred[1]}, busy},
+        {"nothing moved", process, "0", {zero}, busy, PERR_SYSTEM},
+        {"space in the name", process, "0", hundred, {_line(0, 0, "(a b)")}, PERR_SYSTEM},
+        {"ended meanwhile", process, "0", hundred, {_line(0, 0), ""}, PERR_END_OF_FILE},
+        {"a counter missing", process, "0", {"cpu 1 2 3 4 5 6 7\n"}, busy, PERR_END_OF_FILE},
+        {"no process", process, "0", hundred, {}, PERR_NO_SUCH_FILE},
+        {"own line", one, "33", {"cpu 9 9 9 9\ncpu1 0 0 0 0 5", "cpu1 1 1 1 6 9"}},
+        {"second block", one, "25", {block + "cpu1 0 0 0 0", block + "cpu1 1 0 0 3"}},
+        {"across blocks", one, "7", {block.substr(2) + "cpu1 0 0 0 0"}, {}, PERR_SYSTEM},
+        {"idle back", one, "500", {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}},
+        {"a number missing", one, "7", {"cpu1 0 0 0"}, {}, PERR_SYSTEM},
+        {"gone", one, "7", {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, {}, PERR_SYSTEM},
     };
     for (auto const& row : rows) {
         Script const script(row.machine, row.process);
         EXPECT_EQ(Answer(row.code, row.percent), row.ask(1)) << row.what;
-        Texts const pause{row.ask == askMachineLoad ? "sleep 1" : "usleep 400000"};
+        Texts const pause{row.ask == all ? "sleep 1" : "usleep 400000"};
         EXPECT_TRUE(row.code != PERR_OK || script.calls == pause) << row.what;
     }
 }
