@@ -234,31 +234,42 @@ TEST(FaultSweep, Processes) {
     unsigned int number = 0;
     int value = 0;
     std::vector<unsigned int> ids, parents;
-    PString const name(L"fault_sweep", 11);
-    PString text;
-    std::vector<PString> const environment(1, PString(L"A=B", 3));
+    PString text, first;
+    std::vector<PString> const added(1, PString(L"A=B", 3));
+    std::vector<PString> environment;
     std::optional<ChildRun> child;
+    auto const forget = [&] {
+        for (auto* const list : {&ids, &parents}) *list = std::vector<unsigned int>();
+        environment = std::vector<PString>();
+    };
     _sweep("PProcess facts", codes,
            STEPS(PProcess::getName(self, text), PProcess::getPath(self, text),
                  PProcess::getWorkingDir(self, text), PProcess::getCmdLine(self, text),
                  PProcess::getPriority(self, value), PProcess::getFreeMemory(memory),
                  PProcess::getMemoryUsage(self, memory), PProcess::getParentPID(self, number),
-                 PProcess::getUserName(self, text)));
+                 PProcess::getUserName(self, text), PProcess::getCurrentEnvironment(environment)),
+           forget);
     _sweep("PProcess processor load", codes,
            STEPS(PProcess::getCPUUsage(number), PProcess::getSpecCPUUsage(0, number)));
     auto const run = [&] {
-        PProcess process(L"/bin/true", L"0", L"/", environment);
-        return _first({process.start(), process.waitExitCode(value)});
+        PProcess process(L"/bin/true", L"0", L"/", added);
+        return _first(
+            {process.start(), process.kill(), process.start(), process.waitExitCode(value)});
     };
     auto const reap = [] {
         while (waitpid(-1, nullptr, 0) > 0) continue;
     };
     _sweep("PProcess::start, waitExitCode", codes, run, reap);
     // What walks over all processes is swept at its beginning only: more of the same follows.
+    auto const children = [&] {
+        int const code = PProcess::getChildPID(1, ids);
+        return code == PERR_NOT_FOUND ? PERR_OK : code;
+    };
+    EXPECT_EQ(PProcess::getName(1, first), PERR_OK);
+    _sweep("PProcess::listPIDs", codes, STEPS(PProcess::listPIDs(ids)), forget, 40);
+    _sweep("PProcess::find", codes, STEPS(PProcess::find(first, ids, parents)), forget, 40);
+    _sweep("PProcess::getChildPID", codes, children, forget, 40);
     auto const start = [&] { child.emplace(pause); };
-    _sweep(
-        "PProcess::listPIDs, find", codes,
-        STEPS(PProcess::listPIDs(ids), PProcess::find(name, ids, parents)), [] {}, 40);
     _sweep("PProcess::killTree", codes, STEPS(PProcess::killTree(child->pid)), start, 40);
 }
 

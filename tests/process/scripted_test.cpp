@@ -154,6 +154,7 @@ TEST(ProcessFacts, ComeFromLinesReadInPiecesUnderTheLocale) {
         {askFree, "MemFree: 1\nSwapCached: 64\nCached: 4\nCached: 32\n", "5120"},
         {askLine, shift + zero + "b c" + zero + "end", std::string(45, 'a') + " \"b c\""},
         {askLine, acute + zero + "b" + zero, "<233><0> b"},
+        {askLine, "a" + zero + "\xFF" + zero + "b" + zero, "a  b"},  // what cannot be converted
         {askEnvironment, "A=" + acute + "z" + zero + "LAST=1", "A=<233>z|"},
         {askEnvironment, block + acute + zero, block + "|"},  // not what lies across two blocks
         {askUser, "Name:\tx\nUid:\t7\t7\n" + accounts, "root"},
