@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -39,7 +40,8 @@ inline std::string shell(std::string command) {
 struct Child {
     explicit Child(std::string const& arguments = "60", std::string const& program = "/bin/sleep")
         : process(owned(program), owned(arguments)) {
-        EXPECT_TRUE(process.start() == PERR_OK && process.getPID(pid) == PERR_OK);
+        if (process.start() != PERR_OK || process.getPID(pid) != PERR_OK || !isOne(pid))
+            throw std::runtime_error("no child");  // its id would mean others
         auto const begun = [&] { return factOf(pid, "cmdline") != factOf(getpid(), "cmdline"); };
         EXPECT_TRUE(eventually(begun));
     }
@@ -49,7 +51,9 @@ struct Child {
         (void)waitpid(pid, nullptr, 0);
     }
 
-    void end() const { (void)::kill(pid, SIGKILL); }
+    void end() const { (void)(isOne(pid) && ::kill(pid, SIGKILL)); }
+
+    static bool isOne(unsigned int id) { return static_cast<int>(id) > 0; }
 
     PProcess process;
     unsigned int pid = 0;

@@ -75,6 +75,7 @@ TEST(ProcessStart, AChildOutlivesItsObjectAndTheShortcutsGiveItsId) {
     EXPECT_EQ(PERR_OK, PProcess::start(sleep, line, added, pids[2]));
     EXPECT_EQ(PERR_OK, PProcess::start(sleep, line, folder, added, pids[3]));
     for (int way = 0; way < 4; ++way) {
+        ASSERT_TRUE(Child::isOne(pids[way]));
         EXPECT_TRUE(eventually([&] { return askName(pids[way]).second == "sleep"; }));
         EXPECT_EQ(way % 2 == 1, askFolder(pids[way]).second == "/");
         EXPECT_EQ(way >= 2, factOf(pids[way], "environ").find("PLT_SHORTCUT=1") < 99'999);

@@ -56,7 +56,8 @@ STAND_IN(fopen)
 STAND_IN(open)
 INTERPOSE(sleep, return Script::record("sleep", a))
 INTERPOSE(usleep, return Script::record("usleep", a))
-INTERPOSE(kill, if (Script::active) return Script::record("kill " + std::to_string(int(a)), b))
+INTERPOSE(kill, if (Script::active) return Script::record("kill " + std::to_string(int(a)), b);
+          if (int(a) <= 0) return -1)  // never the processes of others
 INTERPOSE(fork, if (Script::active && Script::active->forkFails) return -1)
 // clang-format on
 
