@@ -48,7 +48,7 @@ int _run(int nth, bool lasting, Operation const& operation) {
     fault = {nth, lasting, false, 0};
     int const code = operation();
     fault.nth = 0;
-    if (getpid() != self) _exit(1);  // the child of a failed launch: the tests are the parent's
+    if (getpid() != self) _exit(2);  // the child of a failed launch: the tests are the parent's
     return code;
 }
 
@@ -252,9 +252,9 @@ TEST(FaultSweep, Processes) {
     _sweep("PProcess processor load", codes,
            STEPS(PProcess::getCPUUsage(number), PProcess::getSpecCPUUsage(0, number)));
     auto const run = [&] {
-        PProcess process(L"/bin/true", L"0", L"/", added);
-        return _first(
-            {process.start(), process.kill(), process.start(), process.waitExitCode(value)});
+        PProcess process(L"/usr/bin/test", L"0", L"/", added);
+        return _first({process.start(), process.kill(), process.start(),
+                       process.waitExitCode(value), value == 1});  // that of no argument
     };
     auto const reap = [] {
         while (waitpid(-1, nullptr, 0) > 0) continue;
@@ -266,9 +266,13 @@ TEST(FaultSweep, Processes) {
         return code == PERR_NOT_FOUND ? PERR_OK : code;
     };
     EXPECT_EQ(PProcess::getName(1, first), PERR_OK);
-    _sweep("PProcess::listPIDs", codes, STEPS(PProcess::listPIDs(ids)), forget, 40);
-    _sweep("PProcess::find", codes, STEPS(PProcess::find(first, ids, parents)), forget, 40);
-    _sweep("PProcess::getChildPID", codes, children, forget, 40);
+    _sweep("PProcess::listPIDs", codes, STEPS(PProcess::listPIDs(ids)), forget, 100);
+    auto const find = [&] {
+        int const code = PProcess::find(first, ids, parents);
+        return ids.size() == parents.size() ? code : -1;
+    };
+    _sweep("PProcess::find", codes, find, forget, 100);
+    _sweep("PProcess::getChildPID", codes, children, forget, 100);
     auto const start = [&] { child.emplace(pause); };
     _sweep("PProcess::killTree", codes, STEPS(PProcess::killTree(child->pid)), start, 40);
 }

@@ -3,7 +3,7 @@
 
 TEST(ProcessFacts, TellHowAChildStandsAndWhichBearAName) {
     Scratch scratch;
-    std::string const plain = "Plt" + std::to_string(getpid()), extended = plain + "-beyond-15";
+    std::string const plain = "Plt" + std::to_string(getpid()), extended = plain + "-more-than-15";
     for (auto const& name : {plain, extended})
         ASSERT_EQ(0, symlink("/bin/sleep", scratch.path(name).c_str()));
     Child const brief("60 1", scratch.path(plain)), other("60", scratch.path(extended));
