@@ -14,8 +14,7 @@
 static std::string source;
 
 extern "C" FILE* __real_fopen(char const* path, char const* mode);
-extern "C" FILE* __wrap_fopen(char const* path, char const* mode);
-FILE* __wrap_fopen(char const* path, char const* mode) {
+extern "C" FILE* __wrap_fopen(char const* path, char const* mode) {
     return __real_fopen(std::string(path).starts_with("/proc/") ? source.c_str() : path, mode);
 }
 
@@ -24,19 +23,16 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
     source = "/proc/self/fd/" + std::to_string(memory);
     if (write(memory, input, size) < 0) return 0;
 
-    unsigned int const self = PProcess::getCurrentPID();
+    unsigned int self = PProcess::getCurrentPID(), parent = 0;
     PString text;
     std::vector<PString> list;
     std::vector<unsigned int> ids, parents;
     unsigned long long bytes = 0;
-    unsigned int number = 0;
-    bool flag = false;
-    (void)PProcess::isRunning(self, flag);
     (void)PProcess::getName(self, text);
     (void)PProcess::getCmdLine(self, text);
     (void)PProcess::getEnvironment(self, list);
     (void)PProcess::getMemoryUsage(self, bytes);
-    (void)PProcess::getParentPID(self, number);
+    (void)PProcess::getParentPID(self, parent);
     (void)PProcess::getFreeMemory(bytes);
     if (size < 64) (void)PProcess::find(PString(L"name", 4), ids, parents);
 
