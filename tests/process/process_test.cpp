@@ -2,7 +2,6 @@
 
 #include <portinglayer/portinglayer.h>
 #include <process/children.h>
-#include <support/interrupted.h>
 
 namespace {
 

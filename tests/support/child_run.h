@@ -1,13 +1,17 @@
-/// Children that run a piece of the test, and waiting for what others do.
+/// Children that run a piece of the test, waiting for what others do, and signals meanwhile.
 #ifndef TESTS_SUPPORT_CHILD_RUN_H
 #define TESTS_SUPPORT_CHILD_RUN_H
 
+#include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 
+#include <gtest/gtest.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,11 +44,30 @@ public:
 
 /// Looks until something holds; false when it does not within twenty seconds or so.
 inline bool eventually(std::function<bool()> const& holds) {
-    for (int looks = 0; looks < 10'000; ++looks) {
-        if (holds()) return true;
+    int looks = 0;
+    for (; looks < 10'000 && !holds(); ++looks)
         std::this_thread::sleep_for(std::chrono::milliseconds(2));  // some tests replace usleep
-    }
-    return false;
+    return looks < 10'000;
+}
+
+inline std::atomic<int> interruptions = 0;
+
+/// Makes a call that blocks or takes a while and gives its result; meanwhile every 2 ms a signal
+/// comes to the first thread of the program, so call it there. Its handler has nothing restarted.
+template <class Call>
+auto interrupted(Call const& call) {
+    struct sigaction ours {
+    }, theirs{};
+    ours.sa_handler = [](int) { ++interruptions < 15'000 ? void() : std::abort(); };  // 30 s
+    itimerval const often{{0, 2000}, {0, 2000}}, never{};
+    interruptions = 0;
+    (void)sigaction(SIGALRM, &ours, &theirs);
+    (void)setitimer(ITIMER_REAL, &often, nullptr);
+    auto const result = call();
+    (void)setitimer(ITIMER_REAL, &never, nullptr);
+    (void)sigaction(SIGALRM, &theirs, nullptr);
+    EXPECT_GT(interruptions, 0) << "it was over before a signal came";
+    return result;
 }
 
 #endif

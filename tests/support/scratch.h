@@ -2,12 +2,10 @@
 #ifndef TESTS_SUPPORT_SCRATCH_H
 #define TESTS_SUPPORT_SCRATCH_H
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include <unistd.h>
 
@@ -29,12 +27,7 @@ public:
     Scratch() {
         if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no scratch folder");
     }
-    ~Scratch() {
-        std::error_code ignored;
-        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
-        std::filesystem::remove_all(folder, ignored);
-    }
-    Scratch(Scratch&&) = delete;
+    ~Scratch() { std::filesystem::remove_all(folder); }
 
     std::string const& dir() const { return folder; }
     std::string path(std::string const& name) const { return folder + "/" + name; }
@@ -47,14 +40,6 @@ public:
     std::string read(std::string const& name) const {
         std::ifstream file(path(name));
         return {std::istreambuf_iterator(file), {}};
-    }
-    /// What the folder holds, sorted, without . and ..
-    std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (auto const& entry : std::filesystem::directory_iterator(folder))
-            found.push_back(entry.path().filename());
-        std::ranges::sort(found);
-        return found;
     }
 
 private:
