@@ -142,6 +142,15 @@ TEST(FaultSweep, Streams) {
         return _first({written, in.readStrings(strings),
                        PDataFormaterUtils::readPTargetInfoArray(in, found)});
     });
+    std::vector<unsigned char> full;
+    full.reserve(3);
+    auto const append = [&] {
+        PDataWriter(full).appendDword(0x01020304);
+        return PERR_OK;
+    };
+    EXPECT_THROW(_run(1, true, append), std::bad_alloc);
+    fault.nth = 0;
+    EXPECT_EQ(full, (std::vector<unsigned char>{1, 2, 3})) << "what found room stays";
 }
 
 TEST(FaultSweep, LocksThreadsAndTime) {
@@ -203,10 +212,13 @@ TEST(FaultSweep, Files) {
            STEPS(file.popen(name, PFile::OPEN_READ, 1), file.preadLine(text),
                  file.isOpen() ? file.pclose() : PERR_OK),
            fresh);
-    _sweep("PFile::exists, rename, pdelete", {PERR_NO_SUCH_FILE, PERR_IO, PERR_DELETE},
-           STEPS(PFile::exists(name) ? PERR_OK : PERR_NO_SUCH_FILE, PFile::rename(name, other),
-                 PFile::pdelete(other)),
+    std::wstring const odd = folder + L"\\a";  // to be slashed, also where memory runs out
+    scratch.write("dir\\a", "another file");
+    _sweep("PFile::exists, rename, pdelete", {PERR_NO_SUCH_FILE, PERR_IO, PERR_SYSTEM, PERR_DELETE},
+           STEPS(PFile::exists(odd.c_str()) ? PERR_OK : PERR_NO_SUCH_FILE,
+                 PFile::rename(odd.c_str(), other), PFile::pdelete(other)),
            fresh);
+    EXPECT_EQ(scratch.names(), (std::vector<std::string>{"dir", "dir\\a"}));
     _sweep(
         "PFile::removeAll",
         {PERR_DELETE, PERR_DIR_NOT_FOUND, PERR_INVALID_ARGUMENT, PERR_NO_MEMORY, PERR_NO_SUCH_FILE},
