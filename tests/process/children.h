@@ -42,7 +42,10 @@ struct Child {
         : process(owned(program), owned(arguments)) {
         if (process.start() != PERR_OK || process.getPID(pid) != PERR_OK || !isOne(pid))
             throw std::runtime_error("no child");  // its id would mean others
-        auto const begun = [&] { return factOf(pid, "cmdline") != factOf(getpid(), "cmdline"); };
+        auto const begun = [&] {
+            return factOf(pid, "comm") != factOf(getpid(), "comm") &&
+                   !factOf(pid, "cmdline").empty();
+        };
         EXPECT_TRUE(eventually(begun));
     }
     ~Child() {
