@@ -15,6 +15,11 @@ struct _EndiannessInitHelper {
 
 _EndiannessInitHelper const _endiannessInit;
 
+/// Stays out of what is flattened below: few appends come here.
+[[gnu::noinline]] void _appendGrowing(std::vector<unsigned char>& data, unsigned char byte) {
+    data.push_back(byte);
+}
+
 /// Flattened: appending where room is left must not cost the vector's call for making room.
 template <typename Integer>
 [[gnu::flatten]] void _append(std::vector<unsigned char>& data, Integer value) {
@@ -23,7 +28,7 @@ template <typename Integer>
     if (data.capacity() - data.size() >= sizeof bytes)
         data.insert(data.end(), bytes, bytes + sizeof bytes);
     else  // what finds room stays when there is no memory for the rest
-        for (unsigned char const byte : bytes) data.push_back(byte);
+        for (unsigned char const byte : bytes) _appendGrowing(data, byte);
 }
 
 }  // namespace
