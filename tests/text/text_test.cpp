@@ -214,7 +214,6 @@ TEST(Values, AreReadAndWrittenAsTheCLibraryDoes) {
     bool read = true;
     EXPECT_EQ(PUtils::boolToStr(false, word), PERR_OK);
     EXPECT_TRUE(PUtils::strToBool(word, read) == PERR_OK && !read);
-    EXPECT_EQ(perrorName(-499), nullptr);
     EXPECT_TRUE(PUtils::isDec(L"-", P_WHOLE_STRING, true) && !PUtils::isDec(L"1+", 2, true));
     wchar_t room[] = {L'1', L'2', 0, L'4', L'5', 0};
     PLiteral edited;
@@ -272,4 +271,12 @@ TEST(SharedPointer, DeletesOnceWithTheLastShareInTheModeGivenAtFirst) {
     own->next = own;
     own->next = nullptr;
     EXPECT_EQ(events, "bacdo") << "assigned to inside what goes";
+}
+
+TEST(ResultCodes, KeepTheirNumbers) {
+    std::string edges;  // the first of each run of codes, and the first behind it
+    for (int code = 1; code > -9999; --code)
+        if (!perrorName(code) != !perrorName(code + 1)) edges += std::to_string(code) + " ";
+    EXPECT_EQ(edges, "0 -1 -500 -513 -601 -602 -611 -616 -619 -629 -630 -631 -701 -706 -711 -718 "
+                     "-721 -730 -731 -739 -742 -745 -9001 -9003 -9005 -9007 ");
 }
