@@ -4,10 +4,9 @@
 
 #include <dlfcn.h>
 
-/// Each call is defined under a name of its own and bears the real one as its symbol only, since the
-/// C library declares it with other types. On x86-64 one signature does for all: they take up to
-/// seven whole numbers or addresses, and give back at most one. What is given may return; `pass()` is
-/// the real call, which follows otherwise.
+/// Each is defined under a name of its own and bears the real one as its symbol only, since the C
+/// library declares it with other types: one signature does for all, with up to seven whole numbers
+/// or addresses. What is given may return; `pass()` is the real call, which follows otherwise.
 #define INTERPOSE(name, ...)                                                                       \
     extern "C" long our_##name(long a, long b, long c, long d, long e, long f,                     \
                                long g) __asm__(#name);                                             \

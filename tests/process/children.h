@@ -3,29 +3,16 @@
 #define TESTS_PROCESS_CHILDREN_H
 
 #include <algorithm>
-#include <csignal>
-#include <fstream>
-#include <iterator>
-#include <memory>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <vector>
+#include <map>
 
-#include <gtest/gtest.h>
 #include <portinglayer/processes.h>
 #include <support/child_run.h>
 #include <support/scratch.h>
-#include <sys/wait.h>
 
-using Ids = std::vector<unsigned int>;
-
-/// A file of a process; empty when it is gone.
-inline std::string factOf(unsigned int pid, std::string const& file) {
-    std::ifstream stream("/proc/" + std::to_string(pid) + "/" + file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
+using Number = unsigned int;
+using Bytes = unsigned long long;
+using Ids = std::vector<Number>;
+using Texts = std::vector<PString>;
 
 inline PString owned(std::string const& ascii) {
     return PString(ascii.c_str(), P_WHOLE_STRING);
@@ -37,16 +24,75 @@ inline std::string shell(std::string command) {
     return "-c " + command;
 }
 
+/// For gtest: as UTF-8.
+inline void PrintTo(PString const& text, std::ostream* out) {
+    *out << std::filesystem::path(std::u32string(text.ptr(), text.ptr() + text.len())).string();
+}
+
+using Answer = std::pair<int, std::string>;  ///< the code, and what the query gave as gtest has it
+
+/// Asks for a fact of a process. What it gives held what stands here before.
+template <typename Out, int (*query)(unsigned int, Out&)>
+Answer ask(unsigned int pid) {
+    std::tuple outs(owned("kept"), 7, 7U, 7ULL, true, Ids(1), Texts(1));
+    int const code = query(pid, std::get<Out>(outs));
+    return {code, testing::PrintToString(std::get<Out>(outs))};
+}
+
+/// The queries of a process, and the others in the same form.
+struct Queries : PProcess {
+    static int getUser(Number pid, PString& out) { return getUserName(pid, out); }
+    static int getFree(Number, Bytes& out) { return getFreeMemory(out); }
+    static int getLoad(Number, Number& out) { return getCPUUsage(out); }
+    static int findAll(Number, Ids& out) { return find(PString(), out, out); }
+    static int listAll(Number, Ids& out) { return listPIDs(*std::make_unique<Ids>(out)); }
+};
+
+struct Fact {
+    Answer (*ask)(unsigned int pid);
+    bool reaps;        ///< every ended child of the caller
+    int starved;       ///< where no descriptor is left
+    Answer gone = {};  ///< for an id that no process bears; none for what the machine is asked
+    std::set<int> meanwhile = {};  ///< besides, of one that ends
+};
+
+// clang-format off
+#define FACT(query, Out, ...) {#query, {ask<Out, Queries::query>, __VA_ARGS__}}
+inline std::map<std::string, Fact> const FACTS = {
+    FACT(getName, PString, true, PERR_NOT_FOUND, {PERR_NOT_FOUND, ""}),
+    FACT(getPath, PString, true, PERR_OK, {PERR_NOT_FOUND, "kept"}),
+    FACT(getCmdLine, PString, false, PERR_NOT_FOUND, {PERR_NOT_FOUND, "kept"}),
+    FACT(getWorkingDir, PString, false, PERR_NOT_FOUND, {PERR_NOT_FOUND, "kept"}),
+    FACT(getEnvironment, Texts, false, PERR_NOT_FOUND, {PERR_NOT_FOUND, "{}"}),
+    FACT(getPriority, int, false, PERR_OK, {PERR_NOT_FOUND, "7"}),
+    FACT(getParentPID, Number, false, PERR_NOT_FOUND, {PERR_NOT_FOUND, "0"}),
+    FACT(getMemoryUsage, Bytes, false, PERR_NO_PROCESS, {PERR_NO_PROCESS, "7"}, {PERR_NOT_FOUND}),
+    FACT(getUser, PString, false, PERR_NOT_FOUND, {PERR_NOT_FOUND, "kept"}),
+    FACT(getCPUUsage, Number, false, PERR_OPEN, {PERR_NO_SUCH_FILE, "0"}, {PERR_READ, PERR_SYSTEM}),
+    FACT(isRunning, bool, true, PERR_OK, {PERR_OK, "false"}),
+    FACT(getChildPID, Ids, true, PERR_NOT_FOUND, {PERR_NOT_FOUND, "{}"}),
+    FACT(findAll, Ids, true, PERR_NOT_FOUND, {PERR_NOT_FOUND, "{}"}),
+    FACT(listAll, Ids, true, PERR_NOT_FOUND, {PERR_OK, "{ 0 }"}),
+    FACT(getFree, Bytes, false, PERR_IO),
+    FACT(getLoad, Number, false, PERR_IO),
+    FACT(getSpecCPUUsage, Number, false, PERR_OPEN),
+};
+// clang-format on
+
+inline Answer ask(char const* fact, unsigned int pid) {
+    return FACTS.at(fact).ask(pid);
+}
+
 struct Child {
     explicit Child(std::string const& arguments = "60", std::string const& program = "/bin/sleep")
         : process(owned(program), owned(arguments)) {
         if (process.start() != PERR_OK || process.getPID(pid) != PERR_OK || !isOne(pid))
             throw std::runtime_error("no child");  // its id would mean others
-        auto const begun = [&] {
-            return factOf(pid, "comm") != factOf(getpid(), "comm") &&
-                   !factOf(pid, "cmdline").empty();
-        };
-        EXPECT_TRUE(eventually(begun));
+        std::string const ours = ask("getCmdLine", getpid()).second;
+        EXPECT_TRUE(eventually([&] {
+            std::string const line = ask("getCmdLine", pid).second;
+            return line != ours && !line.empty();  // it runs its program
+        }));
     }
     ~Child() {
         if (waitpid(pid, nullptr, WNOHANG) != 0) return;  // another may bear the id now
@@ -61,92 +107,5 @@ struct Child {
     PProcess process;
     unsigned int pid = 0;
 };
-
-/// What a query gave, as text: characters beyond ASCII as numbers in <>, entries ended by |.
-inline std::string shown(unsigned long long number) {
-    return std::to_string(number);
-}
-
-inline std::string shown(PString const& text) {
-    std::string ascii;
-    for (unsigned long i = 0; i < text.len(); ++i) {
-        auto const c = static_cast<unsigned char>(text.ptr()[i]);
-        ascii += c > 0 && c < 128 ? std::string(1, static_cast<char>(c)) : "<" + shown(c) + ">";
-    }
-    return ascii;
-}
-
-template <typename Entry>
-std::string shown(std::vector<Entry> const& entries) {
-    std::string ascii;
-    for (Entry const& entry : entries) ascii += shown(entry) + "|";
-    return ascii;
-}
-
-using Answer = std::pair<int, std::string>;  ///< the code, and what the query gave
-using Question = Answer (*)(unsigned int pid);
-
-/// Asks for a fact of a process. What it gives held "kept", 7 or an empty entry before.
-template <typename Out, int (*query)(unsigned int, Out&)>
-Answer ask(unsigned int pid) {
-    Out out{};
-    if constexpr (std::is_arithmetic_v<Out>)
-        out = static_cast<Out>(7);
-    else if constexpr (std::is_same_v<Out, PString>)
-        out = L"kept";
-    else
-        out.resize(1);
-    int const code = query(pid, out);
-    return {code, shown(out)};
-}
-
-constexpr Question askName = ask<PString, PProcess::getName>;
-constexpr Question askPath = ask<PString, PProcess::getPath>;
-constexpr Question askLine = ask<PString, PProcess::getCmdLine>;
-constexpr Question askFolder = ask<PString, PProcess::getWorkingDir>;
-constexpr Question askEnvironment = ask<std::vector<PString>, PProcess::getEnvironment>;
-constexpr Question askNice = ask<int, PProcess::getPriority>;
-constexpr Question askParent = ask<unsigned int, PProcess::getParentPID>;
-constexpr Question askMemory = ask<unsigned long long, PProcess::getMemoryUsage>;
-constexpr Question askRunning = ask<bool, PProcess::isRunning>;
-constexpr Question askLoad = ask<unsigned int, PProcess::getCPUUsage>;
-constexpr Question askProcessorLoad = ask<unsigned int, PProcess::getSpecCPUUsage>;
-constexpr Question askChildren = ask<Ids, PProcess::getChildPID>;
-
-// clang-format off
-#define QUERY(name, Out, call) \
-    constexpr Question name = ask<Out, []([[maybe_unused]] unsigned int pid, Out& out) { return call; }>
-QUERY(askUser, PString, PProcess::getUserName(pid, out));
-QUERY(askFree, unsigned long long, PProcess::getFreeMemory(out));
-QUERY(askMachineLoad, unsigned int, PProcess::getCPUUsage(out));
-QUERY(askFind, Ids, PProcess::find(PString(), out, out));
-QUERY(askList, Ids, PProcess::listPIDs(*std::make_unique<Ids>(out)));
-
-struct Fact {
-    char const* name;
-    Question ask;
-    bool reaps;   ///< every ended child of the caller
-    Answer gone;  ///< for an id that no process bears
-    int starved;  ///< where no descriptor is left
-    std::set<int> meanwhile = {};  ///< besides, of one that ends
-};
-
-inline Fact const FACTS[] = {
-    {"getName", askName, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"getPath", askPath, true, {PERR_NOT_FOUND, "kept"}, PERR_OK},
-    {"getCmdLine", askLine, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
-    {"getWorkingDir", askFolder, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
-    {"getEnvironment", askEnvironment, false, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"getPriority", askNice, false, {PERR_NOT_FOUND, "7"}, PERR_OK},
-    {"getParentPID", askParent, false, {PERR_NOT_FOUND, "0"}, PERR_NOT_FOUND},
-    {"getMemoryUsage", askMemory, false, {PERR_NO_PROCESS, "7"}, PERR_NO_PROCESS, {PERR_NOT_FOUND}},
-    {"getUserName", askUser, false, {PERR_NOT_FOUND, "kept"}, PERR_NOT_FOUND},
-    {"getCPUUsage", askLoad, false, {PERR_NO_SUCH_FILE, "0"}, PERR_OPEN, {PERR_READ, PERR_SYSTEM}},
-    {"isRunning", askRunning, true, {PERR_OK, "0"}, PERR_OK},
-    {"getChildPID", askChildren, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"find", askFind, true, {PERR_NOT_FOUND, ""}, PERR_NOT_FOUND},
-    {"listPIDs", askList, true, {PERR_OK, "0|"}, PERR_NOT_FOUND},
-};
-// clang-format on
 
 #endif
