@@ -191,6 +191,7 @@ void PPtr<T>::freePtr() {
         delete[] pointee;
 }
 
+/// @cond
 // What the library holds of an instantiation; everything else is inline where it is used.
 #define PORTINGLAYER_HELD_PPTR(declared, T)                                                        \
     declared template PPtr<T>::~PPtr();                                                            \
@@ -200,5 +201,6 @@ void PPtr<T>::freePtr() {
 PORTINGLAYER_HELD_PPTR(extern, char);
 PORTINGLAYER_HELD_PPTR(extern, wchar_t);
 PORTINGLAYER_HELD_PPTR(extern, char*);
+/// @endcond
 
 #endif

@@ -517,6 +517,8 @@ private:
     unsigned int pid;                  ///< of the child; 0: none
 };
 
+/// @cond
 PORTINGLAYER_HELD_PPTR(extern, PProcess);
+/// @endcond
 
 #endif
