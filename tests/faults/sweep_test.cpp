@@ -224,7 +224,8 @@ TEST(FaultSweep, Processes) {
     std::vector<PString> environment, added(1, PString(L"A=B", 3));
     std::optional<ChildRun> child;
     auto const forget = [&] {
-        ids = parents = std::vector<unsigned int>();
+        ids = std::vector<unsigned int>();  // and no room kept either
+        parents = std::vector<unsigned int>();
         environment = std::vector<PString>();
     };
     _sweep("PProcess facts", codes,
