@@ -223,9 +223,8 @@ TEST(FaultSweep, Processes) {
     PString text, first;
     std::vector<PString> environment, added(1, PString(L"A=B", 3));
     std::optional<ChildRun> child;
-    auto const forget = [&] {
-        ids = std::vector<unsigned int>();  // and no room kept either
-        parents = std::vector<unsigned int>();
+    auto const forget = [&] {  // no room is kept either
+        for (auto* const list : {&ids, &parents}) std::vector<unsigned int>().swap(*list);
         environment = std::vector<PString>();
     };
     _sweep("PProcess facts", codes,
