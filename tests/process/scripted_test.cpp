@@ -66,6 +66,16 @@ std::string _both(int user, int system, std::string const& machine, char const* 
 
 }  // namespace
 
+TEST(Load, PauseComesFromTheEnvironmentAsItWasFirstRead) {
+    for (auto const& [setting, pause] :
+         {std::pair("x", 400U), {"0", 400U}, {"1500", 1500U}, {"4294967297", 1U}}) {
+        auto const asked = [&] { return _getSampleTime() == pause ? 0 : 1; };
+        (void)setenv("TALV_PROC_SAMPLE_TIME_MS", setting, 1);
+        EXPECT_EQ(ChildRun(asked).wait(), 0) << setting;
+    }
+    (void)unsetenv("TALV_PROC_SAMPLE_TIME_MS");
+}
+
 TEST(Load, IsCountedBetweenTwoSamples) {
     std::string const zero = "cpu 0 0 0 0 0 0 0 0\n", block(2048, 'x'),
                       last = "cpu 0 0 0 0 0 0 0 1009";
