@@ -56,6 +56,9 @@ public:
     /// ends before, or is refused the lock, leaves the sibling behind.
     /// @warning A safe write makes a new file, with mode 0644 less the umask and the caller as owner,
     ///          and replaces a symbolic link instead of following it; set rights anew after `pclose`.
+    /// @warning Two handles of one process that open one name for safe writing within a millisecond share
+    ///          the sibling: the second empties it before it is refused the lock, and the first moves
+    ///          what it wrote since over NAME. Let one thread at a time replace a file.
     /// @param name   the file; not empty
     /// @param flags  OPEN_ bits
     /// @param share  0 takes the lock, any other value does without
@@ -170,6 +173,8 @@ public:
     /// @return PERR_READ         the system refused to read before the first character
     /// @return PERR_NO_MEMORY    no memory for the line; what was read of it is consumed
     ///
+    /// @warning What is read is not decoded: a line with bytes beyond ASCII is not written back by
+    ///          `pwriteLine`, which leaves it empty. Copy such lines with `pread` and `pwrite`.
     /// @warning From a pipe or device, which cannot be repositioned, up to 127 bytes after the line
     ///          feed are lost; read such files with `pread`.
     int preadLine(PString& line);

@@ -69,6 +69,7 @@ public:
 
     /// As above, with an environment instead of a folder.
     ///
+    /// @warning A braced text is taken for a folder: name the vector and the PString within it.
     /// @param environment  entries NAME=VALUE, copied; the child keeps what it inherits, and these
     ///                     add to it or override it
     PProcess(PLiteral const& executable, PLiteral const& arguments,

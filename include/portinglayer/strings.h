@@ -332,7 +332,8 @@ public:
     /// White space and a sign may stand before it, and whatever follows it is ignored: "12abc" gives
     /// 12. The base is always 10.
     /// @warning There is no range check: a number too large for the type gives some other number.
-    ///          Where the text comes from outside, test it with `isDec` and its length first.
+    ///          Where the text comes from outside, let `isDec` be true of at most 9 digits first, or read
+    ///          with `strToInt64` and compare.
     /// @param s         the text; scanned up to its terminator
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
