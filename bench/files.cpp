@@ -355,7 +355,7 @@ std::size_t _listBare(Name const& folder, char const* pattern) {
 std::size_t _listOurs(Name const& folder, PLiteral const& pattern) {
     PDir dir(folder.ours, pattern);
     std::size_t names = 0;
-    for (dir.preaddir(); dir == PERR_OK; ++dir) ++names;
+    for ((void)dir.preaddir(); dir == PERR_OK; ++dir) ++names;
     return names;
 }
 

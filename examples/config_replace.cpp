@@ -37,7 +37,7 @@ void _abandon(PLiteral const& folder) {
     PString pattern;
     (void)PUtils::pformatString(pattern, L"*.talv_temp-%u-*", PProcess::getCurrentPID());
     PDir dir(folder, pattern);
-    for (dir.preaddir(); dir == PERR_OK; ++dir) {
+    for ((void)dir.preaddir(); dir == PERR_OK; ++dir) {
         (void)PFile::pdelete((PString(folder) += L"/") += dir.getEntry());
     }
 }
@@ -63,7 +63,7 @@ int _change(PLiteral const& folder, PLiteral const& name, PLiteral const& lockNa
     int result = PERR_OK;
     while ((result = lock.popen(lockName, PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0)) ==
            PERR_LOCKED) {
-        lock.pclose();  // still open, without the lock
+        (void)lock.pclose();  // still open, without the lock
         PThread::psleep(1);
     }
     unsigned int revision = 0;

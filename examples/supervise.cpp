@@ -28,25 +28,25 @@ void* _awaitEnding(void* argument) {
     auto& ending = *static_cast<Ending*>(argument);
     int exitCode = -1;
     int const result = ending.process->waitExitCode(exitCode);  // blocks; the lock is not held
-    ending.mutex.lock();
+    (void)ending.mutex.lock();
     ending.result = result;
     ending.exitCode = exitCode;
     ending.known = true;
-    ending.ended.notifyAll();
-    ending.mutex.unlock();
+    (void)ending.ended.notifyAll();
+    (void)ending.mutex.unlock();
     return nullptr;
 }
 
 /// Waits for the ending, at most until the tick count `until`.
 bool _endedBy(Ending& ending, long long until) {
-    ending.mutex.lock();
+    (void)ending.mutex.lock();
     for (;;) {
         long long const left = PTime::getTickCountDiff(PTime::getTickCount(), until);
         if (ending.known || left <= 0) break;
         (void)ending.ended.wait(&ending.mutex, static_cast<unsigned int>(left));
     }
     bool const known = ending.known;
-    ending.mutex.unlock();
+    (void)ending.mutex.unlock();
     return known;
 }
 

@@ -46,7 +46,7 @@ unsigned int onlyChild() {
     // with it. The listing of a directory and getParentPID reap nothing, and an ended child that
     // nobody reaped yet is still listed.
     PDir listing(L"/proc", L"[0-9]*");
-    for (listing.preaddir(); listing == PERR_OK; ++listing) {
+    for ((void)listing.preaddir(); listing == PERR_OK; ++listing) {
         unsigned int pid = 0, parent = 0;
         (void)PUtils::strToUint32(listing.getEntry(), pid);
         if (PProcess::getParentPID(pid, parent) == PERR_OK && parent == PProcess::getCurrentPID())

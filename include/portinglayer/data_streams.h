@@ -76,39 +76,39 @@ public:
     /// @param[out] value  written only on success
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 2 bytes are left; the position stays
-    int getShort(short& value);
+    [[nodiscard]] int getShort(short& value);
 
     /// Reads an unsigned integer of 2 bytes; otherwise as `getShort`.
     ///
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 2 bytes are left; `value` and the position stay
-    int getWord(unsigned short& value);
+    [[nodiscard]] int getWord(unsigned short& value);
 
     /// Reads a signed integer of 4 bytes.
     ///
     /// @param[out] value  written only on success
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 4 bytes are left; the position stays
-    int getInt(int& value);
+    [[nodiscard]] int getInt(int& value);
 
     /// Reads an unsigned integer of 4 bytes; otherwise as `getInt`.
     ///
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 4 bytes are left; `value` and the position stay
-    int getDword(unsigned int& value);
+    [[nodiscard]] int getDword(unsigned int& value);
 
     /// Reads a signed integer of 8 bytes.
     ///
     /// @param[out] value  written only on success
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 8 bytes are left; the position stays
-    int getLong(long long& value);
+    [[nodiscard]] int getLong(long long& value);
 
     /// Reads an unsigned integer of 8 bytes; otherwise as `getLong`.
     ///
     /// @return PERR_OK
     /// @return PERR_DATA_SHORT  fewer than 8 bytes are left; `value` and the position stay
-    int getQword(unsigned long long& value);
+    [[nodiscard]] int getQword(unsigned long long& value);
 
     /// Converts multibyte bytes to text in the current locale, up to their end or the first zero
     /// byte. Uses nothing of the reader: its position and vector are left alone.
@@ -121,7 +121,7 @@ public:
     ///                           (`text` is then empty)
     /// @return PERR_DATA_DECODE  `bytes` is empty, begins with a zero byte, or holds what the
     ///                           locale cannot convert; `text` stays
-    int encodeUtf8(std::vector<unsigned char> const& bytes, PString& text);
+    [[nodiscard]] int encodeUtf8(std::vector<unsigned char> const& bytes, PString& text);
 
     /// Reads a string item. Zero bytes at the end of its payload disappear: text ends at the first.
     ///
@@ -136,7 +136,7 @@ public:
     /// @return PERR_DATA_DECODE  the payload converts to nothing or not at all; the position is
     ///                           behind it
     /// @return PERR_NO_MEMORY    as from `encodeUtf8`; the position is behind the payload
-    int readString(PString& text);
+    [[nodiscard]] int readString(PString& text);
 
     /// Reads a string list and appends its texts to `list`, which is never cleared: what it held
     /// stays in front, and texts read before a failure stay.
@@ -159,15 +159,15 @@ public:
     ///                           it and no further element is tried
     /// @return PERR_NO_MEMORY    no memory for an element or for `list` to grow: the position is
     ///                           behind the payload and no further element is tried
-    int readStrings(std::vector<PString>& list);
+    [[nodiscard]] int readStrings(std::vector<PString>& list);
 
 private:
     friend class PDataFormaterUtils;
 
     template <typename Integer>
-    int get(Integer& value);
-    int getTagged(unsigned char tag, unsigned int& value);
-    int getElement(std::vector<PString>& list);
+    [[nodiscard]] int get(Integer& value);
+    [[nodiscard]] int getTagged(unsigned char tag, unsigned int& value);
+    [[nodiscard]] int getElement(std::vector<PString>& list);
 
     std::vector<unsigned char> const& data;  ///< the caller's
 };
@@ -220,7 +220,7 @@ public:
     /// @return PERR_NO_MEMORY    `bytes` cannot grow; nothing is appended
     /// @return PERR_DATA_ENCODE  `text` is empty, its first character doesn't fit, or a character
     ///                           reached cannot be converted; nothing is appended
-    int decodeUtf8(PString const& text, std::vector<unsigned char>& bytes);
+    [[nodiscard]] int decodeUtf8(PString const& text, std::vector<unsigned char>& bytes);
 
     /// Appends a string item; empty text becomes an empty payload.
     ///
@@ -228,7 +228,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY    the stream cannot grow; nothing is appended
     /// @return PERR_DATA_ENCODE  as from `decodeUtf8`, empty text apart; nothing is appended
-    int writeString(PString const& text);
+    [[nodiscard]] int writeString(PString const& text);
 
     /// Appends a string list: marker, count, a text block for each element.
     ///
@@ -238,12 +238,12 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY    the stream cannot grow for the failing part
     /// @return PERR_DATA_ENCODE  as from `decodeUtf8`, empty text apart
-    int writeStrings(std::vector<PString> const& list);
+    [[nodiscard]] int writeStrings(std::vector<PString> const& list);
 
 private:
     friend class PDataFormaterUtils;
 
-    int appendTagged(unsigned char tag, unsigned int value);
+    [[nodiscard]] int appendTagged(unsigned char tag, unsigned int value);
 
     std::vector<unsigned char>& data;  ///< the caller's
 };
@@ -300,7 +300,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY    the stream cannot grow
     /// @return PERR_DATA_ENCODE  a text cannot be written, see `PDataWriter::writeString`
-    static int writePAddress(PDataWriter& writer, PAddress const& address);
+    [[nodiscard]] static int writePAddress(PDataWriter& writer, PAddress const& address);
     /// Reads `primary`, then `secondary`.
     ///
     /// @return PERR_OK
@@ -308,21 +308,22 @@ public:
     /// @return PERR_DATA_MARKER  a marker byte has another value
     /// @return PERR_DATA_DECODE  a payload cannot be converted
     /// @return PERR_NO_MEMORY    no memory for a text
-    static int readPAddress(PDataReader& reader, PAddress& address);
+    [[nodiscard]] static int readPAddress(PDataReader& reader, PAddress& address);
 
     /// Appends `target`: `name`, then 07 and `id`; codes as `writePAddress`.
-    static int writePTargetID(PDataWriter& writer, PTargetID const& target);
+    [[nodiscard]] static int writePTargetID(PDataWriter& writer, PTargetID const& target);
     /// Reads `name`, then 07 and `id`; codes as `readPAddress`.
-    static int readPTargetID(PDataReader& reader, PTargetID& target);
+    [[nodiscard]] static int readPTargetID(PDataReader& reader, PTargetID& target);
 
     /// Appends `info`: its identifier, then its address; codes as `writePAddress`.
-    static int writePTargetInfo(PDataWriter& writer, PTargetInfo const& info);
+    [[nodiscard]] static int writePTargetInfo(PDataWriter& writer, PTargetInfo const& info);
     /// Reads the identifier, then the address; codes as `readPAddress`.
-    static int readPTargetInfo(PDataReader& reader, PTargetInfo& info);
+    [[nodiscard]] static int readPTargetInfo(PDataReader& reader, PTargetInfo& info);
 
     /// Appends 07, the number of records and each record; codes as `writePAddress`. After a failure the
     /// stream holds the full count, the records before the failing one and that one's beginning.
-    static int writePTargetInfoArray(PDataWriter& writer, std::vector<PTargetInfo> const& list);
+    [[nodiscard]] static int writePTargetInfoArray(PDataWriter& writer,
+                                                   std::vector<PTargetInfo> const& list);
 
     /// Reads a list of records and appends them to `list`, which is never cleared: what it held
     /// stays in front, and records read before a failure stay. An empty list is accepted anywhere,
@@ -334,7 +335,8 @@ public:
     ///                           record has another value
     /// @return PERR_DATA_DECODE  a payload in a record cannot be converted
     /// @return PERR_NO_MEMORY    no memory for a record's text, or for `list` to grow
-    static int readPTargetInfoArray(PDataReader& reader, std::vector<PTargetInfo>& list);
+    [[nodiscard]] static int readPTargetInfoArray(PDataReader& reader,
+                                                  std::vector<PTargetInfo>& list);
 };
 
 #endif

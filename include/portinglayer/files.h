@@ -76,7 +76,7 @@ public:
     ///
     /// @warning With OPEN_TRUNCATE the content is gone before the lock is asked for; open without
     ///          it where another holder may be at work.
-    int popen(PLiteral const& name, unsigned int flags, unsigned int share);
+    [[nodiscard]] int popen(PLiteral const& name, unsigned int flags, unsigned int share);
 
     /// Reads at most `length` bytes at the current position into `buffer`.
     ///
@@ -90,7 +90,7 @@ public:
     /// @return PERR_READ              the system refused the read
     ///
     /// Blocks: as the file does; a pipe or device waits for data.
-    int pread(char* buffer, unsigned long length, unsigned long& done);
+    [[nodiscard]] int pread(char* buffer, unsigned long length, unsigned long& done);
 
     /// Writes at most `length` bytes from `buffer` at the current position.
     ///
@@ -104,7 +104,7 @@ public:
     ///                           bad `buffer`
     ///
     /// Blocks: as the file does; a full pipe waits for its reader.
-    int pwrite(char const* buffer, unsigned long length, unsigned long& done);
+    [[nodiscard]] int pwrite(char const* buffer, unsigned long length, unsigned long& done);
 
     /// Moves the current position.
     ///
@@ -114,7 +114,7 @@ public:
     /// @return PERR_NOT_OPEN  the handle is closed
     /// @return PERR_SEEK      the position is negative, `whence` is another value, or the file has
     ///                        no positions (a pipe); the position is unchanged
-    int pseek(long long offset, int whence);
+    [[nodiscard]] int pseek(long long offset, int whence);
 
     /// Gives the size of the open file.
     ///
@@ -122,7 +122,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN  the handle is closed
     /// @return PERR_STAT      the system refused to examine the file
-    int pgetSize(long long& size);
+    [[nodiscard]] int pgetSize(long long& size);
 
     /// Asks the system to bring what was written to the storage device.
     ///
@@ -130,7 +130,7 @@ public:
     /// @return PERR_NOT_OPEN  the handle is closed
     ///
     /// Blocks: until the device answers.
-    int pflush();
+    [[nodiscard]] int pflush();
 
     /// Closes the file, which drops its lock, and moves a safe-write file over its final name.
     ///
@@ -141,7 +141,7 @@ public:
     ///
     /// @warning The move is not preceded by a flush, so a loss of power soon after can leave an
     ///          empty or partial file; call `pflush` before closing where that matters.
-    int pclose();
+    [[nodiscard]] int pclose();
 
     /// Tells whether a descriptor is held: open or half open.
     bool isOpen();
@@ -152,7 +152,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN   the handle is closed; `out` is unchanged
     /// @return PERR_NO_MEMORY  no memory for the copy; `out` is empty
-    int pgetName(PString& out);
+    [[nodiscard]] int pgetName(PString& out);
 
     /// Cuts `path` down to what follows its last slash: "/a/b.txt" to "b.txt", "dir/" to nothing.
     /// Text without a slash stays as it is. Backslashes are not looked at.
@@ -177,7 +177,7 @@ public:
     ///          `pwriteLine`, which leaves it empty. Copy such lines with `pread` and `pwrite`.
     /// @warning From a pipe or device, which cannot be repositioned, up to 127 bytes after the line
     ///          feed are lost; read such files with `pread`.
-    int preadLine(PString& line);
+    [[nodiscard]] int preadLine(PString& line);
 
     /// Writes `line` as multibyte text, then a line feed, in one write each.
     ///
@@ -189,7 +189,7 @@ public:
     /// @return PERR_WRITE        the system refused a write; if it was the first, no line feed is
     ///                           written
     /// @return PERR_END_OF_FILE  the system wrote nothing; likewise
-    int pwriteLine(PLiteral const& line);
+    [[nodiscard]] int pwriteLine(PLiteral const& line);
 
     /// Tells whether something stands under the name; symbolic links are followed, so a dangling
     /// one does not exist. False for an empty name.
@@ -214,7 +214,7 @@ public:
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
     ///          name another file; keep to ASCII names.
-    static int pdelete(PLiteral const& name);
+    [[nodiscard]] static int pdelete(PLiteral const& name);
 
     /// Gives a file or directory another name within its file system, replacing what `to` names.
     ///
@@ -232,7 +232,7 @@ public:
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
     ///          name another file; keep to ASCII names.
-    static int rename(PLiteral const& from, PLiteral const& to);
+    [[nodiscard]] static int rename(PLiteral const& from, PLiteral const& to);
 
     /// Removes a directory with everything in it. One slash at the end of `path` is ignored.
     ///
@@ -255,10 +255,10 @@ public:
     ///          call it on trees to which others can add names.
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut, in the
     ///          worst case to its parent folder, which is then emptied; keep to ASCII names.
-    static int removeAll(PLiteral const& path);
+    [[nodiscard]] static int removeAll(PLiteral const& path);
 
 private:
-    int openSafely(PString&& path);
+    [[nodiscard]] int openSafely(PString&& path);
 
     int fd;              ///< -1 when closed
     unsigned int flags;  ///< as given to `popen`; 0 when closed or half open
@@ -300,12 +300,12 @@ public:
     /// @warning A second file with the same prefix in the same second keeps the processor busy with
     ///          probes until the second ends, or fails with PERR_OPEN when the attempts are used up
     ///          before; give each file a prefix of its own.
-    int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
+    [[nodiscard]] int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
 
     /// Closes the file, which stays on disk, and frees the object for another `popen`.
     ///
     /// @return the codes of `PFile::pclose`
-    int pclose();
+    [[nodiscard]] int pclose();
 
     /// Makes a random decimal number from 0 to 238327, without leading zeros.
     ///
@@ -326,7 +326,7 @@ private:
 /// last step is kept and compared with `==` and `!=`. One thread at a time uses it. A listing:
 ///
 ///     PDir dir(L"/etc", L"*.conf");
-///     for (dir.preaddir(); dir == PERR_OK; ++dir) use(dir.getEntry());
+///     for (int code = dir.preaddir(); code == PERR_OK; code = ++dir) use(dir.getEntry());
 class PORTINGLAYER_EXPORT PDir {
 public:
     /// An object without a directory; its code is PERR_OK.
@@ -352,7 +352,7 @@ public:
     /// @return PERR_DIR_ALREADY_OPEN  the object has an open listing, which can go on
     /// @return PERR_DIR_NOT_OPEN      the system refused to open the directory
     /// @return PERR_NO_MEMORY         no memory for path or pattern; the object is not set up
-    int popen(PLiteral const& dir, PLiteral const& pattern);
+    [[nodiscard]] int popen(PLiteral const& dir, PLiteral const& pattern);
 
     /// Goes to the first, or next, name that matches, whatever the code of the last step was.
     ///
@@ -362,7 +362,7 @@ public:
     /// @return PERR_CONVERSION    the name cannot be converted to wide text; the entry is empty,
     ///                            and calling again goes on behind it
     /// @return PERR_DIR_NOT_OPEN  there is no open listing
-    int preaddir();
+    [[nodiscard]] int preaddir();
 
     /// Goes to the next name that matches.
     ///
@@ -381,12 +381,12 @@ public:
     PString const& getEntry() const;
 
     /// The code of the last step.
-    int getResult() const;
+    [[nodiscard]] int getResult() const;
 
     /// Closes the listing, if any, and sets the object back to where construction left it.
     ///
     /// @return PERR_OK  always, also when the system fails to close
-    int pclose();
+    [[nodiscard]] int pclose();
 
     /// Forgets pattern, directory and name without closing.
     ///
@@ -403,7 +403,7 @@ public:
     /// @warning `errno` is looked at even after success: if it held EEXIST before the call, the
     ///          directory is made and PERR_DIR_EXISTS returned. Set `errno` to 0 first where that
     ///          matters.
-    static int pcreate(PLiteral const& dir);
+    [[nodiscard]] static int pcreate(PLiteral const& dir);
 
     /// Removes one empty directory. Backslashes are ordinary characters here.
     ///
@@ -414,10 +414,10 @@ public:
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
     ///          name another directory; keep to ASCII names.
-    static int pdelete(PLiteral const& dir);
+    [[nodiscard]] static int pdelete(PLiteral const& dir);
 
 private:
-    int setUp(PLiteral const& dir, PLiteral const& pattern);
+    [[nodiscard]] int setUp(PLiteral const& dir, PLiteral const& pattern);
 
     int result;              ///< code of the last step
     PString entry;           ///< current name

@@ -37,7 +37,7 @@ public:
     /// @return PERR_NO_MEMORY     no memory for the object; the library stays loaded
     ///
     /// @warning Loading runs the library's own start-up code; load only what is trusted.
-    static int load(PLiteral const& name, PLibrary*& library, bool unload);
+    [[nodiscard]] static int load(PLiteral const& name, PLibrary*& library, bool unload);
 
     /// Looks a symbol up in the library and what it depends on.
     ///

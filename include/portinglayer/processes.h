@@ -125,7 +125,7 @@ public:
     ///                               with `_exit` on this code
     ///
     /// Children: reaps every ended child of the caller first, then starts one.
-    int start();
+    [[nodiscard]] int start();
 
     /// Starts a program without keeping an object; otherwise as the instance form.
     ///
@@ -139,17 +139,18 @@ public:
     ///          `waitExitCode` before `getPID`, which has the same effect.
     ///
     /// Children: starts one; reaps every ended child of the caller.
-    static int start(PLiteral const& executable, PLiteral const& arguments,
-                     PLiteral const& workingDir, std::vector<PString> const& environment,
-                     unsigned int& pid);
+    [[nodiscard]] static int start(PLiteral const& executable, PLiteral const& arguments,
+                                   PLiteral const& workingDir,
+                                   std::vector<PString> const& environment, unsigned int& pid);
     /// As above, in the caller's folder.
-    static int start(PLiteral const& executable, PLiteral const& arguments,
-                     std::vector<PString> const& environment, unsigned int& pid);
+    [[nodiscard]] static int start(PLiteral const& executable, PLiteral const& arguments,
+                                   std::vector<PString> const& environment, unsigned int& pid);
     /// As above, with the caller's environment.
-    static int start(PLiteral const& executable, PLiteral const& arguments,
-                     PLiteral const& workingDir, unsigned int& pid);
+    [[nodiscard]] static int start(PLiteral const& executable, PLiteral const& arguments,
+                                   PLiteral const& workingDir, unsigned int& pid);
     /// As above, in the caller's folder and with its environment.
-    static int start(PLiteral const& executable, PLiteral const& arguments, unsigned int& pid);
+    [[nodiscard]] static int start(PLiteral const& executable, PLiteral const& arguments,
+                                   unsigned int& pid);
 
     /// Would start the program as another user; not supported. Both texts are ignored.
     ///
@@ -157,18 +158,18 @@ public:
     /// @return PERR_NOT_SUPPORTED    always otherwise; the process id is 0
     ///
     /// Children: reaps every ended child of the caller.
-    int startProcAsDifferentUser(PString user, PString password);
+    [[nodiscard]] int startProcAsDifferentUser(PString user, PString password);
 
     /// Sets the process id to 0 without a look at the child.
     ///
     /// @return PERR_OK  always
-    int initProcessInfo();
+    [[nodiscard]] int initProcessInfo();
 
     /// Sets the process id to 0 and reaps the child if it has ended; after a failed fork, any one
     /// ended child of the caller. Never waits, never signals.
     ///
     /// @return PERR_OK  always
-    int clearProcessInfo();
+    [[nodiscard]] int clearProcessInfo();
 
     /// @}
     /// @name Waiting
@@ -181,9 +182,9 @@ public:
     /// @return PERR_OK  always
     ///
     /// Children: reaps every ended child of the caller.
-    static int isRunning(unsigned int processId, bool& running);
+    [[nodiscard]] static int isRunning(unsigned int processId, bool& running);
     /// As the form with an id, for the child of this object; false when there is none.
-    int isRunning(bool& running) const;
+    [[nodiscard]] int isRunning(bool& running) const;
 
     /// Gets the process id of the child of this object.
     ///
@@ -192,7 +193,7 @@ public:
     /// @return PERR_NO_PROCESS  no child was started, or it has ended
     ///
     /// Children: reaps every ended child of the caller.
-    int getPID(unsigned int& processId) const;
+    [[nodiscard]] int getPID(unsigned int& processId) const;
 
     /// Waits until the child of this object ends, and gets how it ended.
     ///
@@ -207,7 +208,7 @@ public:
     ///
     /// Blocks: until the child ends. Children: reaps this one. Threads: meanwhile others may use the
     /// const operations of the object and the static ones, but neither `kill()` nor `waitFinish`.
-    int waitExitCode(int& exitCode);
+    [[nodiscard]] int waitExitCode(int& exitCode);
 
     /// Waits until a process ends, for about a time.
     ///
@@ -244,11 +245,11 @@ public:
     ///                    once
     ///
     /// Blocks: one second on success. Children: reaps this one; for 0 and 4294967295 any one child.
-    static int killSignal(unsigned int processId, int signal);
+    [[nodiscard]] static int killSignal(unsigned int processId, int signal);
 
     /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of
     /// 0 and 4294967295.
-    static int kill(unsigned int processId);
+    [[nodiscard]] static int kill(unsigned int processId);
 
     /// Ends the child of this object with SIGKILL if it runs, and forgets it in every case.
     ///
@@ -258,7 +259,7 @@ public:
     /// @return PERR_KILL  the system refused the signal; the process id is 0 all the same
     ///
     /// Blocks: one second when it signalled. Children: reaps every ended child of the caller.
-    int kill();
+    [[nodiscard]] int kill();
 
     /// Ends a process and all its descendants, parents before their children.
     ///
@@ -274,7 +275,7 @@ public:
     ///
     /// Blocks: one to four seconds for each process that still runs. Children: reaps every ended child of the
     /// caller.
-    static int killTree(unsigned int processId);
+    [[nodiscard]] static int killTree(unsigned int processId);
 
     /// @}
     /// @name Facts of a process
@@ -290,10 +291,10 @@ public:
     /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the name
     ///
     /// Children: reaps every ended child of the caller.
-    static int getName(unsigned int processId, PString& name);
+    [[nodiscard]] static int getName(unsigned int processId, PString& name);
     /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `name` is left alone
-    int getName(PString& name) const;
+    [[nodiscard]] int getName(PString& name) const;
 
     /// Gets the path of the program that a process runs, at most 512 bytes of it, without white
     /// space at both ends and with backslashes turned into slashes.
@@ -305,12 +306,12 @@ public:
     /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
     ///
     /// Children: reaps every ended child of the caller.
-    static int getPath(unsigned int processId, PString& path);
+    [[nodiscard]] static int getPath(unsigned int processId, PString& path);
     /// As the form with an id; where the system does not tell, gives the executable that this object
     /// describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `path` is left alone
-    int getPath(PString& path) const;
+    [[nodiscard]] int getPath(PString& path) const;
 
     /// Gets the arguments of a process, the program first, in one text separated by single spaces.
     ///
@@ -325,12 +326,12 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
     /// @return PERR_NO_MEMORY  memory ran out; `commandLine` holds what was joined so far
-    static int getCmdLine(unsigned int processId, PString& commandLine);
+    [[nodiscard]] static int getCmdLine(unsigned int processId, PString& commandLine);
     /// As the form with an id; where the system does not tell, gives the arguments that this object
     /// describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `commandLine` is left alone
-    int getCmdLine(PString& commandLine) const;
+    [[nodiscard]] int getCmdLine(PString& commandLine) const;
 
     /// Gets the current folder of a process, at most 512 bytes of it, without white space at both
     /// ends and with backslashes turned into slashes.
@@ -339,20 +340,20 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its folder
     /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
-    static int getWorkingDir(unsigned int processId, PString& dir);
+    [[nodiscard]] static int getWorkingDir(unsigned int processId, PString& dir);
     /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `dir` is left alone
-    int getWorkingDir(PString& dir) const;
+    [[nodiscard]] int getWorkingDir(PString& dir) const;
 
     /// Gets the nice value of a process, -20 (favoured) to 19. Process id 0 is the caller.
     ///
     /// @param[out] value  written only on success
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process
-    static int getPriority(unsigned int processId, int& value);
+    [[nodiscard]] static int getPriority(unsigned int processId, int& value);
     /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `value` is left alone
-    int getPriority(int& value) const;
+    [[nodiscard]] int getPriority(int& value) const;
 
     /// Gets the environment with which a process was started, as entries NAME=VALUE.
     ///
@@ -365,10 +366,11 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its environment
     /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
-    static int getEnvironment(unsigned int processId, std::vector<PString>& environment);
+    [[nodiscard]] static int getEnvironment(unsigned int processId,
+                                            std::vector<PString>& environment);
     /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `entries` is left alone
-    int getEnvironment(std::vector<PString>& entries) const;
+    [[nodiscard]] int getEnvironment(std::vector<PString>& entries) const;
 
     /// Gets the memory of a process that is resident now, in bytes.
     ///
@@ -376,16 +378,16 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  there is no such process
     /// @return PERR_NOT_FOUND   the process has no memory of its own (a kernel thread, a zombie)
-    static int getMemoryUsage(unsigned int processId, unsigned long long& bytes);
+    [[nodiscard]] static int getMemoryUsage(unsigned int processId, unsigned long long& bytes);
     /// As the form with an id; `bytes` is 0 on failure.
-    int getMemoryUsage(unsigned long long& bytes) const;
+    [[nodiscard]] int getMemoryUsage(unsigned long long& bytes) const;
 
     /// Gets the process id of the parent of a process.
     ///
     /// @param[out] parentId  0 on failure, and for a process whose parent cannot be seen
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
-    static int getParentPID(unsigned int processId, unsigned int& parentId);
+    [[nodiscard]] static int getParentPID(unsigned int processId, unsigned int& parentId);
 
     /// Gets the name of the user whom a process belongs to.
     ///
@@ -396,7 +398,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
     /// @return PERR_NO_MEMORY  memory ran out
-    static int getUserName(unsigned int const& processId, PString& name);
+    [[nodiscard]] static int getUserName(unsigned int const& processId, PString& name);
 
     /// Gets the memory of the machine that is free or used only for buffers and cached files, in
     /// bytes.
@@ -404,7 +406,7 @@ public:
     /// @param[out] bytes  0 on failure; what the system does not report counts as 0
     /// @return PERR_OK
     /// @return PERR_IO  the system's report cannot be opened
-    static int getFreeMemory(unsigned long long& bytes);
+    [[nodiscard]] static int getFreeMemory(unsigned long long& bytes);
 
     /// Gets the process id of the caller.
     static unsigned int getCurrentPID();
@@ -416,7 +418,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  the system's file cannot be opened or read
     /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
-    static int getCurrentEnvironment(std::vector<PString>& environment);
+    [[nodiscard]] static int getCurrentEnvironment(std::vector<PString>& environment);
 
     /// @}
     /// @name Load
@@ -430,7 +432,7 @@ public:
     /// @return PERR_IO  the system's counters cannot be opened
     ///
     /// Blocks: one second.
-    static int getCPUUsage(unsigned int& percent);
+    [[nodiscard]] static int getCPUUsage(unsigned int& percent);
 
     /// Measures the load of one process, as a share of all processors together: a process that
     /// keeps one of four processors busy reads about 25.
@@ -450,7 +452,7 @@ public:
     /// @return PERR_NO_MEMORY    no memory for the names of the counters
     ///
     /// Blocks: for the pause.
-    static int getCPUUsage(unsigned int processId, unsigned int& percent);
+    [[nodiscard]] static int getCPUUsage(unsigned int processId, unsigned int& percent);
 
     /// Measures the load of one processor over 400 milliseconds.
     ///
@@ -464,7 +466,7 @@ public:
     /// @return PERR_SYSTEM  there is no such processor (see above), or its counters cannot be read
     ///
     /// Blocks: 400 milliseconds.
-    static int getSpecCPUUsage(unsigned int cpu, unsigned int& percent);
+    [[nodiscard]] static int getSpecCPUUsage(unsigned int cpu, unsigned int& percent);
 
     /// @}
     /// @name Listing
@@ -479,7 +481,7 @@ public:
     /// @return PERR_NO_MEMORY  memory ran out; what was listed so far stays
     ///
     /// Children: reaps every ended child of the caller.
-    static int listPIDs(std::vector<unsigned int>& pids);
+    [[nodiscard]] static int listPIDs(std::vector<unsigned int>& pids);
 
     /// Lists the direct children of a process. Process id 0 stands for process 1.
     ///
@@ -489,7 +491,8 @@ public:
     /// @return PERR_NO_MEMORY  memory ran out; what was listed so far stays
     ///
     /// Children: reaps every ended child of the caller.
-    static int getChildPID(unsigned int processId, std::vector<unsigned int>& children);
+    [[nodiscard]] static int getChildPID(unsigned int processId,
+                                         std::vector<unsigned int>& children);
 
     /// Finds processes by the name of their program, whole and without regard to case.
     ///
@@ -504,8 +507,8 @@ public:
     /// @return PERR_NO_MEMORY  memory ran out; what was found so far stays
     ///
     /// Children: reaps every ended child of the caller.
-    static int find(PString const& name, std::vector<unsigned int>& pids,
-                    std::vector<unsigned int>& parentPids);
+    [[nodiscard]] static int find(PString const& name, std::vector<unsigned int>& pids,
+                                  std::vector<unsigned int>& parentPids);
 
     /// @}
 

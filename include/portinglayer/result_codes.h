@@ -87,7 +87,7 @@
 // clang-format on
 
 /// Declares one code as a constant.
-#define PORTINGLAYER_DECLARE_CODE(name, value, meaning) constexpr int name = value;
+#define PORTINGLAYER_DECLARE_CODE(name, value, meaning) inline constexpr int name = value;
 PORTINGLAYER_RESULT_CODES(PORTINGLAYER_DECLARE_CODE)
 #undef PORTINGLAYER_DECLARE_CODE
 

@@ -14,7 +14,7 @@
 
 /// Whole-string length: given as a length it means "measure the text up to its terminator". It is
 /// the 32-bit all-ones value, not the 64-bit one.
-constexpr unsigned long P_WHOLE_STRING = 4294967295UL;
+inline constexpr unsigned long P_WHOLE_STRING = 4294967295UL;
 
 class PString;
 
@@ -64,7 +64,8 @@ public:
     /// @param ignoreCase  whether characters match that have the same upper case in the locale
     /// @return PERR_OK         found; also for an empty text in an empty one, at 0
     /// @return PERR_NOT_FOUND  not found; also for an empty text in one that is not
-    int str(PLiteral const& what, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
+    [[nodiscard]] int str(PLiteral const& what, unsigned long& pos, bool fromEnd,
+                          bool ignoreCase) const;
 
     /// Finds a character.
     ///
@@ -74,7 +75,7 @@ public:
     /// @param fromEnd   whether the last occurrence is wanted instead of the first
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  not found, or this text is empty
-    int chr(wchar_t c, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
+    [[nodiscard]] int chr(wchar_t c, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
 
     /// Compares with the first `n` characters of `s`: by length first, then by characters.
     ///
@@ -159,7 +160,7 @@ public:
     /// @return PERR_OK
     /// @return PERR_TOKEN  `src` is empty: `token` is left alone; or no memory for the token, which is
     ///                     then empty: `src` is left alone
-    static int getNextToken(PString& src, PString& token, wchar_t sep);
+    [[nodiscard]] static int getNextToken(PString& src, PString& token, wchar_t sep);
 
 protected:
     wchar_t const* text;   ///< may be null; never owned here
@@ -220,9 +221,9 @@ public:
     /// @param n  wide characters, or P_WHOLE_STRING
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for the longer text; the text is as it was
-    int cat(wchar_t const* s, unsigned long n);
+    [[nodiscard]] int cat(wchar_t const* s, unsigned long n);
     /// As above, with the whole of `o`.
-    int cat(PLiteral const& o);
+    [[nodiscard]] int cat(PLiteral const& o);
 
     /// Appends multibyte text, converted as `pchar2pwchar` does.
     ///
@@ -232,14 +233,14 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory, the locale cannot read the text, or the text is empty although
     ///                         `n` is not 0; the text is as it was
-    int cat(char const* s, unsigned long n);
+    [[nodiscard]] int cat(char const* s, unsigned long n);
 
     /// Replaces the text with the first `n` characters of `s`, which may lie in this text.
     ///
     /// @param n  wide characters, or P_WHOLE_STRING
     /// @return PERR_OK         also for a null `s` and an `n` of 0, which give an empty text
     /// @return PERR_NO_MEMORY  no memory for the new text; the text is empty
-    int set(wchar_t const* s, unsigned long n);
+    [[nodiscard]] int set(wchar_t const* s, unsigned long n);
 
     /// Replaces the text with the first `n` characters of `o`.
     ///
@@ -247,14 +248,14 @@ public:
     /// @return PERR_OK
     /// @return PERR_INVALID_ARGUMENT  `n` is more than the length of `o`; the text is as it was
     /// @return PERR_NO_MEMORY         no memory for the new text; the text is empty
-    int set(PLiteral const& o, unsigned long n);
+    [[nodiscard]] int set(PLiteral const& o, unsigned long n);
 
     /// Replaces the text with multibyte text as the narrow `cat` appends it, whose warning holds.
     ///
     /// @param n  bytes, or P_WHOLE_STRING
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  as from `cat`; the text is empty
-    int set(char const* s, unsigned long n);
+    [[nodiscard]] int set(char const* s, unsigned long n);
 
     /// Puts the first `n` characters of `s` in front of the character at `pos`.
     ///
@@ -263,34 +264,34 @@ public:
     /// @return PERR_OK                also for a null `s` and an `n` of 0, which change nothing
     /// @return PERR_INVALID_ARGUMENT  `pos` is more than the length; nothing changes
     /// @return PERR_NO_MEMORY         no memory for the longer text, which is as it was
-    int insert(unsigned long pos, wchar_t const* s, unsigned long n);
+    [[nodiscard]] int insert(unsigned long pos, wchar_t const* s, unsigned long n);
     /// As above, with `o`; P_WHOLE_STRING stands for its length.
     ///
     /// @warning `n` is not compared with the length of `o`: more than that reads behind its end.
-    int insert(unsigned long pos, PLiteral const& o, unsigned long n);
+    [[nodiscard]] int insert(unsigned long pos, PLiteral const& o, unsigned long n);
 
     /// Takes `count` characters out, from index `pos` on. The buffer keeps its size; taking out all
     /// releases it.
     ///
     /// @return PERR_OK
     /// @return PERR_INVALID_ARGUMENT  the range ends behind the text; nothing changes
-    int erase(unsigned long pos, unsigned long count);
+    [[nodiscard]] int erase(unsigned long pos, unsigned long count);
 
     /// Takes white space off both ends. The buffer keeps its size.
     ///
     /// @return PERR_OK  always
-    int trim();
+    [[nodiscard]] int trim();
 
     /// Takes out all white space. The new buffer keeps the size of the old one.
     ///
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for the new buffer; nothing changes
-    int stripall();
+    [[nodiscard]] int stripall();
 
     /// Overwrites every character with `c`.
     ///
     /// @return PERR_OK  always
-    int fill(wchar_t c);
+    [[nodiscard]] int fill(wchar_t c);
 
     /// Makes a text of `n` times `c`; with an `n` of 0 nothing changes.
     ///
@@ -298,12 +299,12 @@ public:
     ///          as it was. `clear` first where the length matters.
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for a longer text; nothing changes
-    int fill(wchar_t c, unsigned long n);
+    [[nodiscard]] int fill(wchar_t c, unsigned long n);
 
     /// Replaces each `from` with `to`.
     ///
     /// @return PERR_OK  always
-    int replace(wchar_t from, wchar_t to);
+    [[nodiscard]] int replace(wchar_t from, wchar_t to);
 
     /// Copies text into a new array.
     ///
@@ -338,7 +339,7 @@ public:
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null or empty, or does not begin with a number
-    static int strToInt32(PLiteral const& s, int& out);
+    [[nodiscard]] static int strToInt32(PLiteral const& s, int& out);
 
     /// Reads an unsigned decimal number as `swscanf` does with "%u"; otherwise as `strToInt32`.
     ///
@@ -347,7 +348,7 @@ public:
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null or empty, or does not begin with a number
-    static int strToUint32(PLiteral const& s, unsigned int& out);
+    [[nodiscard]] static int strToUint32(PLiteral const& s, unsigned int& out);
 
     /// Reads a decimal number of 64 bits as `swscanf` does with "%lld"; otherwise as `strToInt32`.
     /// A number beyond the range gives the nearest end of it.
@@ -355,7 +356,7 @@ public:
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null or empty, or does not begin with a number
-    static int strToInt64(PLiteral const& s, long long& out);
+    [[nodiscard]] static int strToInt64(PLiteral const& s, long long& out);
 
     /// Reads an unsigned decimal number of 64 bits as `swscanf` does with "%llu"; otherwise as
     /// `strToUint32`, a minus sign included. A number beyond the range gives the largest one.
@@ -363,14 +364,14 @@ public:
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null or empty, or does not begin with a number
-    static int strToUint64(PLiteral const& s, unsigned long long& out);
+    [[nodiscard]] static int strToUint64(PLiteral const& s, unsigned long long& out);
 
     /// Reads "true" or "false": exactly these words, in lower case, nothing around them.
     ///
     /// @param[out] out  the value; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  any other text
-    static int strToBool(PLiteral const& s, bool& out);
+    [[nodiscard]] static int strToBool(PLiteral const& s, bool& out);
 
     /// Reads a byte from one or two characters, as `swscanf` does with "%x".
     ///
@@ -380,14 +381,14 @@ public:
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null, empty or longer than two characters, or "%x" reads
     ///                          nothing from it
-    static int hexToByte(PLiteral const& s, char& out);
+    [[nodiscard]] static int hexToByte(PLiteral const& s, char& out);
 
     /// Gives the value of one hexadecimal digit, of either case.
     ///
     /// @param[out] out  0 to 15; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  `c` is no hexadecimal digit
-    static int hexToDec(wchar_t c, char& out);
+    [[nodiscard]] static int hexToDec(wchar_t c, char& out);
 
     /// Tells whether a text consists of the digits 0 to 9.
     ///
@@ -411,22 +412,22 @@ public:
     /// @param[out] out  the text
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  the text could not be allocated; `out` is empty
-    static int int32ToStr(int v, PString& out);
+    [[nodiscard]] static int int32ToStr(int v, PString& out);
 
     /// Writes a number in decimal digits; codes as `int32ToStr`.
-    static int uint32ToStr(unsigned int v, PString& out);
+    [[nodiscard]] static int uint32ToStr(unsigned int v, PString& out);
 
     /// Writes a number in decimal digits, with a minus sign if it is negative; codes as `int32ToStr`.
-    static int int64ToStr(long long v, PString& out);
+    [[nodiscard]] static int int64ToStr(long long v, PString& out);
 
     /// Writes a number in decimal digits; codes as `int32ToStr`.
-    static int uint64ToStr(unsigned long long v, PString& out);
+    [[nodiscard]] static int uint64ToStr(unsigned long long v, PString& out);
 
     /// Writes "true" or "false".
     ///
     /// @param[out] out  the word; empty when no memory was left for it, which has no code here
     /// @return PERR_OK  always
-    static int boolToStr(bool v, PString& out);
+    [[nodiscard]] static int boolToStr(bool v, PString& out);
 
     /// Writes bytes as text: "0xAB, 0x01".
     ///
@@ -437,7 +438,7 @@ public:
     /// @return PERR_INVALID_ARGUMENT  `data` is null or `n` is 0; `out` is left alone
     /// @return PERR_NO_MEMORY         the text could not be built (`out` is left alone) or copied
     ///                                (`out` is empty)
-    static int binaryToStr(unsigned char const* data, unsigned long n, PString& out);
+    [[nodiscard]] static int binaryToStr(unsigned char const* data, unsigned long n, PString& out);
 
     /// Reads bytes from text as `binaryToStr` writes it.
     ///
@@ -453,7 +454,8 @@ public:
     ///                          long or no number
     /// @return PERR_NO_MEMORY   an array could not be allocated
     /// On failure both outputs are left alone.
-    static int strToBinary(PLiteral const& s, unsigned char*& out, unsigned long& outLen);
+    [[nodiscard]] static int strToBinary(PLiteral const& s, unsigned char*& out,
+                                         unsigned long& outLen);
 
     /// Formats as `vswprintf` does, into a room of the format's length + 2048 wide characters.
     ///
@@ -468,7 +470,7 @@ public:
     /// @param args      as `vswprintf` takes them; indeterminate afterwards
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for the room or the text; `out` is empty
-    static int vformatString(PString& out, PLiteral const& format, va_list args);
+    [[nodiscard]] static int vformatString(PString& out, PLiteral const& format, va_list args);
 
     /// As `vformatString`, with the arguments in the call.
     ///
@@ -476,7 +478,7 @@ public:
     ///          "%ls" a `wchar_t*`, and a `PString` must be given as its `ptr()`.
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for the room or the text; `out` is empty
-    static int pformatString(PString& out, wchar_t const* format, ...);
+    [[nodiscard]] static int pformatString(PString& out, wchar_t const* format, ...);
 
     /// Splits a text at its first separator and trims both halves.
     ///
@@ -489,7 +491,8 @@ public:
     /// @return PERR_NOT_FOUND  the text holds no separator; both outputs are left alone
     /// @return PERR_NO_MEMORY  a half could not be copied: `key` is empty and `value` left alone, or
     ///                         `key` is set and `value` empty
-    static int getKeyValue(PLiteral const& text, PString& key, PString& value, wchar_t sep);
+    [[nodiscard]] static int getKeyValue(PLiteral const& text, PString& key, PString& value,
+                                         wchar_t sep);
 
     /// Turns the arguments of a program into texts that `getKeyValue` can split.
     ///
@@ -504,27 +507,27 @@ public:
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  the array or a text could not be allocated, or `argc` is negative;
     ///                         `out` is null
-    static int convertArgs(int argc, char** argv, PString*& out, unsigned long& outCount,
-                           wchar_t sep);
+    [[nodiscard]] static int convertArgs(int argc, char** argv, PString*& out,
+                                         unsigned long& outCount, wchar_t sep);
 
     /// Fails: a link text names a program by the extension that executables have on other platforms.
     ///
     /// @param[out] path  cleared
     /// @param[out] args  cleared
     /// @return PERR_INVALID_ARGUMENT  always
-    static int parseLink(PLiteral const& link, PString& path, PString& args);
+    [[nodiscard]] static int parseLink(PLiteral const& link, PString& path, PString& args);
 
     /// Turns every backslash of a path into a slash. Each operation that takes the path of a file or
     /// program does so itself.
     ///
     /// @warning A name that holds a backslash, which Linux allows, is turned into another one.
     /// @return PERR_OK  always
-    static int fixFileSeparator(PString& path);
+    [[nodiscard]] static int fixFileSeparator(PString& path);
 
     /// Appends the platform's extension of executables, which is empty here: nothing changes.
     ///
     /// @return PERR_OK  always
-    static int fixExecFileExtension(PString& path);
+    [[nodiscard]] static int fixExecFileExtension(PString& path);
 
     /// Gives the address under which this machine is reached.
     ///
@@ -541,7 +544,7 @@ public:
     /// @return PERR_NOT_FOUND  the host's name is empty
     /// Threads: completing a name goes through the resolver's shared entry; call from one at a time.
     /// Blocks: as long as the resolver does, which may ask name servers.
-    static int getHostAddress(PString& out);
+    [[nodiscard]] static int getHostAddress(PString& out);
 };
 
 #endif

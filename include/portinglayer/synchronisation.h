@@ -59,7 +59,7 @@ public:
     /// @return PERR_NOT_SUPPORTED      the system has no named semaphores; no handle
     /// @return PERR_MUTEX              the name is invalid or refused, or the lock could not be allocated
     ///                                 or created; no handle
-    int init(bool create);
+    [[nodiscard]] int init(bool create);
 
     /// Acquires the lock, waiting without limit while another holds it.
     ///
@@ -71,7 +71,7 @@ public:
     ///                          signal, which is not repeated. The lock is not held.
     ///
     /// Blocks: yes; for the named form also a cancellation point of the thread.
-    int lock();
+    [[nodiscard]] int lock();
 
     /// Releases the lock once.
     ///
@@ -82,7 +82,7 @@ public:
     /// @return PERR_MUTEX         there is no handle; nothing is released
     /// @return PERR_MUTEX_UNLOCK  the system refused, for the unnamed form when the caller is not the
     ///                            owner; the lock stays as it was
-    int unlock();
+    [[nodiscard]] int unlock();
 
     /// Gives the handle back; the object may then be initialised again.
     ///
@@ -95,7 +95,7 @@ public:
     /// @return PERR_MUTEX        there was no handle
     /// @return PERR_MUTEX_CLOSE  the system refused (the unnamed form: it is still locked); the object
     ///                           is without handle all the same
-    int close();
+    [[nodiscard]] int close();
 
 private:
     friend class PConditionalVar;
@@ -129,7 +129,7 @@ public:
     /// @return PERR_OK                     the object holds a handle
     /// @return PERR_CONDITION_INITIALISED  it held one already, which is left as it is
     /// @return PERR_CONDITION              it could not be allocated or created; no handle
-    int init();
+    [[nodiscard]] int init();
 
     /// Releases the mutex, waits for a notification without limit, and locks the mutex again.
     ///
@@ -145,7 +145,7 @@ public:
     ///                                              caller does not hold; the mutex is as it was
     ///
     /// Blocks: yes, and is a cancellation point: a thread cancelled here unwinds with the mutex locked.
-    int wait(PMutex* mutex);
+    [[nodiscard]] int wait(PMutex* mutex);
 
     /// As `wait(mutex)`, but for no longer than a limit.
     ///
@@ -158,21 +158,21 @@ public:
     /// @return the codes of `wait(mutex)` in the same order of checks, each with the same state
     ///
     /// Blocks: yes, and is a cancellation point, as above.
-    int wait(PMutex* mutex, unsigned int milliseconds);
+    [[nodiscard]] int wait(PMutex* mutex, unsigned int milliseconds);
 
     /// Wakes one waiting thread, if any waits; a notification is not kept for later waits.
     ///
     /// @return PERR_OK                the system took it
     /// @return PERR_CONDITION         there is no handle
     /// @return PERR_CONDITION_NOTIFY  the system refused
-    int notify();
+    [[nodiscard]] int notify();
 
     /// Wakes all waiting threads, if any wait; a notification is not kept for later waits.
     ///
     /// @return PERR_OK                the system took it
     /// @return PERR_CONDITION         there is no handle
     /// @return PERR_CONDITION_NOTIFY  the system refused
-    int notifyAll();
+    [[nodiscard]] int notifyAll();
 
     /// Gives the handle back; the object may then be initialised again.
     ///
@@ -181,10 +181,10 @@ public:
     /// @return PERR_OK               released; the object is without handle
     /// @return PERR_MUTEX            there was no handle (the code that a mutex gives, shared on purpose)
     /// @return PERR_CONDITION_CLOSE  the system refused; the object is without handle all the same
-    int close();
+    [[nodiscard]] int close();
 
 private:
-    int checkWait(PMutex const* mutex) const;
+    [[nodiscard]] int checkWait(PMutex const* mutex) const;
 
     pthread_cond_t* condHandle;  ///< owned
 };
@@ -242,14 +242,14 @@ public:
     ///                                     was refused, such as one above 2147483647
     /// @warning After PERR_SEMAPHORE or PERR_NOT_SUPPORTED the unnamed form keeps the refused handle, on
     ///          which nothing but `close` may be called: `close` it before another `init`.
-    int init(unsigned int value, bool create);
+    [[nodiscard]] int init(unsigned int value, bool create);
 
     /// Adds one to the count and so lets one waiter go on.
     ///
     /// @return PERR_OK              added
     /// @return PERR_SEMAPHORE       there is no handle
     /// @return PERR_SEMAPHORE_POST  the system refused: the count is at its greatest value; unchanged
-    int post();
+    [[nodiscard]] int post();
 
     /// Takes one from the count, waiting without limit while it is zero.
     ///
@@ -259,7 +259,7 @@ public:
     ///                              repeated; nothing taken
     ///
     /// Blocks: yes, and is a cancellation point of the thread.
-    int wait();
+    [[nodiscard]] int wait();
 
     /// Takes one from the count if that is possible now. It never waits, whatever the argument.
     ///
@@ -273,14 +273,14 @@ public:
     /// @return PERR_SEMAPHORE_WAIT     the system refused for another reason; nothing taken
     ///
     /// A cancellation point of the thread.
-    int wait(unsigned int milliseconds);
+    [[nodiscard]] int wait(unsigned int milliseconds);
 
     /// Takes one from the count if that is possible now, and never waits.
     ///
     /// @return PERR_OK              taken
     /// @return PERR_SEMAPHORE       there is no handle
     /// @return PERR_SEMAPHORE_WAIT  the count is zero, or the system refused; nothing taken
-    int trywait();
+    [[nodiscard]] int trywait();
 
     /// Reads the count, which other threads and processes may have changed by the time it is used.
     ///
@@ -288,7 +288,7 @@ public:
     /// @return PERR_OK               read
     /// @return PERR_SEMAPHORE        there is no handle
     /// @return PERR_SEMAPHORE_VALUE  the system refused
-    int getValue(int& value);
+    [[nodiscard]] int getValue(int& value);
 
     /// Gives the handle back; the object may then be initialised again.
     ///
@@ -299,7 +299,7 @@ public:
     /// @return PERR_OK               released; the object is without handle
     /// @return PERR_SEMAPHORE        there was no handle
     /// @return PERR_SEMAPHORE_CLOSE  the system refused; the object is without handle all the same
-    int close();
+    [[nodiscard]] int close();
 
 private:
     bool named;        ///< made with a name, valid or not

@@ -38,7 +38,7 @@ public:
     /// @return PERR_THREAD_EXISTS  a thread is owned already; nothing changes
     /// @return PERR_THREAD         `func` is null, or the thread could not be created or its handle
     ///                             allocated; without thread
-    int pcreate(void* (*func)(void*), void* arg);
+    [[nodiscard]] int pcreate(void* (*func)(void*), void* arg);
 
     /// Waits for the owned thread to end and takes its result; afterwards without thread.
     ///
@@ -49,14 +49,14 @@ public:
     ///                           is no longer owned and stays unjoined
     ///
     /// Blocks: until the thread ends; a cancellation point of the calling thread.
-    int pjoin(void*& result);
+    [[nodiscard]] int pjoin(void*& result);
 
     /// Lets the owned thread run on by itself; afterwards without thread.
     ///
     /// @return PERR_OK             the system releases the thread when it ends
     /// @return PERR_THREAD         no thread was owned
     /// @return PERR_THREAD_DETACH  the system refused; the thread is no longer owned
-    int pdetach();
+    [[nodiscard]] int pdetach();
 
     /// Requests the cancellation of the owned thread; afterwards without thread.
     ///
@@ -68,7 +68,7 @@ public:
     /// @return PERR_OK             the request was delivered
     /// @return PERR_THREAD         no thread was owned
     /// @return PERR_THREAD_CANCEL  the system refused; the thread is no longer owned
-    int pterminate(void* arg);
+    [[nodiscard]] int pterminate(void* arg);
 
     /// Tells whether the owned thread still exists to the system.
     ///
@@ -125,7 +125,7 @@ public:
     ///          concurrent calls, and calls of localtime or gmtime beside them, with a lock.
     /// @param[out] time  every member is written
     /// @return PERR_OK  always
-    static int getTime(PTime& time);
+    [[nodiscard]] static int getTime(PTime& time);
 
     /// Gives the milliseconds of a clock that only moves forward, from an arbitrary beginning (the start
     /// of the machine); where that clock cannot be read, the milliseconds since 1970.

@@ -69,7 +69,7 @@ int _empty(PString const& path) {
 
     PDir listing;
     (void)listing.popen(path, PLiteral());  // unopened it gives no entry, and removal is tried
-    for (listing.preaddir(); listing == PERR_OK; ++listing) {
+    for ((void)listing.preaddir(); listing == PERR_OK; ++listing) {
         PString const& entry = listing.getEntry();
         if (entry == L"." || entry == L"..") continue;
         result = _removeEntry(folder, entry);

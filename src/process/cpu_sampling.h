@@ -73,7 +73,8 @@ struct proc_stat {
 /// @return PERR_INVALID_ARGUMENT  `record` is null
 /// @return PERR_SYSTEM  the line has not all 41 fields, such as for a name that holds a space
 /// @return PERR_NOT_OPEN, PERR_READ, PERR_END_OF_FILE  from the read
-PORTINGLAYER_EXPORT int _readProcStat(PFile& file, unsigned int pid, proc_stat* record);
+[[nodiscard]] PORTINGLAYER_EXPORT int _readProcStat(PFile& file, unsigned int pid,
+                                                    proc_stat* record);
 
 /// Reads the line of all processors from the current position of an open file on, in blocks of 1024
 /// bytes: it must stand at the beginning of one.
@@ -83,12 +84,12 @@ PORTINGLAYER_EXPORT int _readProcStat(PFile& file, unsigned int pid, proc_stat* 
 /// @return PERR_INVALID_ARGUMENT  `record` is null
 /// @return PERR_NOT_OPEN, PERR_READ, PERR_END_OF_FILE  from the read; the last one where no block
 ///         holds the line
-PORTINGLAYER_EXPORT int _readCpuStat(PFile& file, cpu_stat* record);
+[[nodiscard]] PORTINGLAYER_EXPORT int _readCpuStat(PFile& file, cpu_stat* record);
 
 /// The pause between two samples of a process in milliseconds, read once from the environment.
 PORTINGLAYER_EXPORT unsigned int _getSampleTime();
 
 /// Measures the load of one process, see `PProcess::getCPUUsage`.
-PORTINGLAYER_EXPORT int _getCpuUsageLinux(unsigned int pid, unsigned int& percent);
+[[nodiscard]] PORTINGLAYER_EXPORT int _getCpuUsageLinux(unsigned int pid, unsigned int& percent);
 
 #endif

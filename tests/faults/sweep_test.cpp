@@ -1,10 +1,7 @@
-// Every operation with its n-th watched call failing, n = 1, 2, ... until none is left, once and
-// lasting: its code is then a documented one, nothing is held, and the same object works.
 #include <cstring>
 #include <optional>
-#include <set>
 
-#include <faults/interpose.h>
+#include <faults/sweep.h>
 #include <portinglayer/portinglayer.h>
 #include <support/child_run.h>
 #include <support/scratch.h>
@@ -12,78 +9,16 @@
 namespace {
 
 using Codes = std::set<int>;
-using Operation = std::function<int()>;
 
-/// Which call fails, -1 for none, 0 where nothing is watched, and what has come of it.
-thread_local struct {
-    int nth, calls;
-    bool lasting, fired;
-} fault;
-
-std::atomic<long> liveBlocks{0};  // handed out by the allocation operators and not given back
-
-bool _fails() {
-    if (fault.nth == 0) return false;
-    ++fault.calls;
-    bool const fails = fault.calls == fault.nth || (fault.calls > fault.nth && fault.lasting);
-    fault.fired = fault.fired || fails;
-    errno = fails ? EIO : errno;
-    return fails;
-}
-
-int _run(int nth, bool lasting, Operation const& operation) {
-    pid_t const self = getpid();
-    fault = {nth, 0, lasting, false};
-    int const code = operation();
-    fault.nth = 0;
-    if (getpid() != self) _exit(2);  // the child of a failed launch: the tests are the parent's
-    return code;
-}
-
-/// The blocks and the descriptors that are held; of these as many as there are below the free one.
-std::pair<long, int> _held() {
-    int const descriptor = dup(0);
-    (void)close(descriptor);
-    return {liveBlocks, descriptor};
-}
-
-/// Prints how many points were swept. `codes` are the documented ones, PERR_OK aside; `before`
-/// comes, unwatched, before each run; `most` ends the sweep of what makes calls without end.
 void _sweep(
-    char const* name, Codes const& codes, Operation const& operation,
+    char const* name, Codes const& codes, std::function<int()> const& operation,
     std::function<void()> const& before = [] {}, int most = 10'000) {
-    int points = 0;
-    auto const works = [&] {
-        before();
-        EXPECT_EQ(_run(-1, false, operation), PERR_OK) << name << " with nothing failing";
-    };
-    works();
-    for (bool const lasting : {false, true})
-        for (int n = 1; n <= most; ++n, ++points) {
-            SCOPED_TRACE(testing::Message() << name << ", call " << n << (lasting ? "..." : ""));
-            std::pair<long, int> const held = _held();
-            before();
-            int const code = _run(n, lasting, operation);
-            if (!fault.fired) break;
-            EXPECT_TRUE(code == PERR_OK || codes.contains(code)) << code;
-            works();
-            EXPECT_EQ(_held(), held) << "blocks and descriptors";
-            if (testing::Test::HasFailure()) return;
-        }
-    std::printf("%-40s | %5d points\n", name, points);
-    (void)std::fflush(stdout);  // a child that ends through exit would print it again
-}
-
-/// The first failure of calls made one after the other, the later ones in spite of it.
-int _first(std::initializer_list<int> codes) {
-    for (int const code : codes)
-        if (code != PERR_OK) return code;
-    return PERR_OK;
+    sweep({.name = name, .codes = codes, .operation = operation, .before = before, .most = most});
 }
 
 }  // namespace
 
-#define STEPS(...) [&] { return _first({__VA_ARGS__}); }
+#define STEPS(...) [&] { return firstFailure({__VA_ARGS__}); }
 
 TEST(FaultSweep, Text) {
     PString s, out, value, source;
@@ -96,13 +31,13 @@ TEST(FaultSweep, Text) {
         unsigned char* read = nullptr;
         unsigned long count = 0;
         int const code =
-            _first({PUtils::int32ToStr(-5, out), PUtils::uint64ToStr(7, out),
-                    PUtils::strToBinary(L"0x00, 0xA0", read, count),
-                    PUtils::binaryToStr(reinterpret_cast<unsigned char*>(option), 2, out),
-                    PUtils::pformatString(out, L"%500d of %ls", 1, L"x"),
-                    PUtils::getKeyValue(L"k = v", out, value, L'='),
-                    PUtils::convertArgs(2, arguments, list, count, L'='), source.set(L"a b", 3),
-                    PLiteral::getNextToken(source, out, L' ')});
+            firstFailure({PUtils::int32ToStr(-5, out), PUtils::uint64ToStr(7, out),
+                          PUtils::strToBinary(L"0x00, 0xA0", read, count),
+                          PUtils::binaryToStr(reinterpret_cast<unsigned char*>(option), 2, out),
+                          PUtils::pformatString(out, L"%500d of %ls", 1, L"x"),
+                          PUtils::getKeyValue(L"k = v", out, value, L'='),
+                          PUtils::convertArgs(2, arguments, list, count, L'='),
+                          source.set(L"a b", 3), PLiteral::getNextToken(source, out, L' ')});
         delete[] read;
         delete[] list;
         return code;
@@ -121,17 +56,17 @@ TEST(FaultSweep, Streams) {
         std::vector<PString> strings;
         std::vector<PTargetInfo> found;
         PDataWriter out(data);
-        int const written = _first(
+        int const written = firstFailure(
             {out.writeStrings(list), PDataFormaterUtils::writePTargetInfoArray(out, records)});
         PDataReader in(data);
-        return _first({written, in.readStrings(strings),
-                       PDataFormaterUtils::readPTargetInfoArray(in, found)});
+        return firstFailure({written, in.readStrings(strings),
+                             PDataFormaterUtils::readPTargetInfoArray(in, found)});
     });
     std::vector<unsigned char> full;
     full.reserve(3);
     auto const append = STEPS((PDataWriter(full).appendDword(0x01020304), PERR_OK));
-    EXPECT_THROW(_run(1, true, append), std::bad_alloc);
-    fault.nth = 0;
+    EXPECT_THROW(runFailing(1, true, append), std::bad_alloc);
+    stopFailing();
     EXPECT_EQ(full, (std::vector<unsigned char>{1, 2, 3})) << "what found room stays";
 }
 
@@ -143,12 +78,12 @@ TEST(FaultSweep, LocksThreadsAndTime) {
     PThread thread;
     int n = 0;
     void* result = nullptr;
-    ASSERT_EQ(_first({held.init(true), held.lock()}), PERR_OK);
+    ASSERT_EQ(firstFailure({held.init(true), held.lock()}), PERR_OK);
     for (PMutex* const m : {&mutex, &shared})
         _sweep("PMutex", {PERR_MUTEX, PERR_MUTEX_LOCK, PERR_MUTEX_UNLOCK, PERR_MUTEX_CLOSE}, [=] {
-            int const locked = _first({m->init(true), m->lock()});
+            int const locked = firstFailure({m->init(true), m->lock()});
             int const unlocked = locked == PERR_OK ? m->unlock() : PERR_OK;  // only what is held
-            return _first({locked, unlocked, m->close()});
+            return firstFailure({locked, unlocked, m->close()});
         });
     for (PSemaphore* const s : {&semaphore, &sharedSemaphore})
         _sweep("PSemaphore",
@@ -202,7 +137,7 @@ TEST(FaultSweep, Files) {
     _sweep("PTempFile", codes, STEPS(PTempFile().popen(name, 18, 0)), fresh);
     _sweep("PDir", {PERR_NO_MEMORY, PERR_DIR_NOT_OPEN, PERR_READ, PERR_CONVERSION}, [&] {
         PDir listing(dir, L"*");
-        return _first({listing.getResult(), listing.preaddir(), ++listing, listing.pclose()});
+        return firstFailure({listing.getResult(), listing.preaddir(), ++listing, listing.pclose()});
     });
     _sweep("PLibrary::load", {PERR_LIBRARY_LOAD, PERR_NO_MEMORY}, [] {
         PLibrary* library = nullptr;
@@ -237,8 +172,8 @@ TEST(FaultSweep, Processes) {
            forget);
     auto const run = [&] {
         PProcess process(L"/usr/bin/test", L"0", L"/", added);
-        return _first({process.start(), process.kill(), process.start(),
-                       process.waitExitCode(value), value == 1});  // that of no argument
+        return firstFailure({process.start(), process.kill(), process.start(),
+                             process.waitExitCode(value), value == 1});  // that of no argument
     };
     _sweep("PProcess::start, waitExitCode", codes, run, [] {
         while (waitpid(-1, nullptr, 0) > 0) continue;
@@ -255,46 +190,3 @@ TEST(FaultSweep, Processes) {
     _sweep("PProcess::getChildPID", codes, STEPS(PProcess::getChildPID(parent, ids)), forget, 100);
     _sweep("PProcess::killTree", codes, STEPS(PProcess::killTree(child->pid)), start, 40);
 }
-
-// clang-format off
-// Those for arrays forward here, but under a sanitizer.
-void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
-    void* const block = _fails() ? nullptr : std::malloc(bytes);
-    liveBlocks += block != nullptr ? 1 : 0;
-    return block;
-}
-void* operator new(std::size_t bytes) {
-    void* const block = operator new(bytes, std::nothrow);
-    return block != nullptr ? block : throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-    liveBlocks -= block != nullptr ? 1 : 0;
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
-
-#define WATCH(name) INTERPOSE(name, if (_fails()) return -1)
-#define WATCH_NULL(name) INTERPOSE(name, if (_fails()) return 0)
-#define WATCH_ERROR(name) INTERPOSE(name, if (_fails()) return EAGAIN)
-// What gives something back happens all the same.
-#define WATCH_RELEASE(name) INTERPOSE(name, long const done = pass(); return _fails() ? -1 : done)
-#define WATCH_PAUSE(name) INTERPOSE(name, if (fault.nth != 0) return _fails() ? -1 : 0)
-
-WATCH(open) WATCH(read) WATCH(write) WATCH(lseek) WATCH(fstat) WATCH(stat) WATCH(access) WATCH(fsync)
-WATCH(flock) WATCH(fcntl) WATCH(rename) WATCH(unlink) WATCH(rmdir) WATCH(mkdir) WATCH(readlink)
-WATCH_NULL(opendir) WATCH_NULL(readdir) WATCH_RELEASE(closedir) WATCH_RELEASE(close)
-WATCH_NULL(fopen) WATCH_NULL(fread) WATCH_NULL(fgets) WATCH(getpriority) WATCH(fork) WATCH(waitpid)
-WATCH(chdir) WATCH(setenv) WATCH(execvp) WATCH_PAUSE(usleep) WATCH_PAUSE(sleep)
-WATCH_NULL(sem_open) WATCH(sem_init) WATCH(sem_wait) WATCH(sem_trywait) WATCH(sem_timedwait)
-WATCH(sem_post) WATCH(sem_getvalue) WATCH_RELEASE(sem_close) WATCH_RELEASE(sem_unlink)
-WATCH_RELEASE(sem_destroy) WATCH_ERROR(pthread_mutex_init) WATCH_ERROR(pthread_mutex_lock)
-WATCH_RELEASE(pthread_mutex_unlock) WATCH_RELEASE(pthread_mutex_destroy)
-WATCH_ERROR(pthread_cond_init) WATCH_ERROR(pthread_cond_timedwait) WATCH_ERROR(pthread_cond_signal)
-WATCH_ERROR(pthread_cond_broadcast) WATCH_RELEASE(pthread_cond_destroy) WATCH_ERROR(pthread_create)
-WATCH_RELEASE(pthread_join) WATCH_RELEASE(pthread_detach) WATCH(clock_gettime) WATCH_NULL(dlopen)
-WATCH_NULL(gethostbyname) WATCH(getaddrinfo) WATCH(getnameinfo)
-// No signal leaves for the processes of others, whatever the library asks for.
-INTERPOSE(kill, EXPECT_GT(int(a), 0); if (_fails() || int(a) <= 0) return -1)
-// The machine has a name that no network is asked about.
-INTERPOSE(gethostname, return _fails() ? -1 : (strcpy(reinterpret_cast<char*>(a), "localhost"), 0))
-    // clang-format on

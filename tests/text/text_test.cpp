@@ -73,7 +73,7 @@ std::string _naiveBinary(PString rest) {
         bytes.push_back(0);
         good = rest.startsWith(L"0x", false) &&
                PUtils::hexToByte(PString(rest.ptr() + 2, comma - 2), bytes.back()) == PERR_OK;
-        rest.erase(0, comma < rest.len() ? comma + 1 : comma);
+        (void)rest.erase(0, comma < rest.len() ? comma + 1 : comma);
     }
     return good ? bytes : "bad";
 }

@@ -1,0 +1,99 @@
+#include <faults/sweep.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#include <unistd.h>
+
+namespace {
+
+/// Which call fails, -1 for none, 0 where nothing is watched, and what has come of it.
+thread_local struct {
+    int nth, calls;
+    bool lasting, fired;
+} fault;
+
+std::atomic<long> liveBlocks{0};
+
+/// The blocks and the descriptors that are held; of these as many as there are below the free one.
+std::pair<long, int> _held() {
+    int const descriptor = dup(0);
+    (void)close(descriptor);
+    return {liveBlocks, descriptor};
+}
+
+void _expectToWork(Sweep const& swept) {
+    swept.before();
+    int const code = runFailing(-1, false, swept.operation);
+    EXPECT_CODE(PERR_OK, code) << "with nothing failing";
+    swept.after(code);
+}
+
+/// False when the operation makes fewer than `nth` watched calls.
+bool _sweepPoint(Sweep const& swept, int nth, bool lasting) {
+    std::pair<long, int> const held = _held();
+    swept.before();
+    int const code = runFailing(nth, lasting, swept.operation);
+    if (!fault.fired) return false;
+    EXPECT_TRUE(code == PERR_OK || swept.codes.contains(code)) << "gave " << codeName(code);
+    swept.after(code);
+    _expectToWork(swept);
+    EXPECT_EQ(held.first, _held().first) << "blocks of memory";
+    EXPECT_EQ(held.second, _held().second) << "the lowest free descriptor";
+    return true;
+}
+
+}  // namespace
+
+void sweep(Sweep const& swept) {
+    int points = 0;
+    SCOPED_TRACE(swept.name);
+    _expectToWork(swept);
+    for (bool const lasting : {false, true})
+        for (int n = 1; n <= swept.most; ++n, ++points) {
+            SCOPED_TRACE(testing::Message() << "failing: call " << n << (lasting ? " and on" : ""));
+            if (!_sweepPoint(swept, n, lasting)) break;
+            if (testing::Test::HasFailure()) return;
+        }
+    EXPECT_GT(points, 0) << "nothing is watched";
+    std::printf("%-40s | %5d points\n", swept.name, points);
+    (void)std::fflush(stdout);  // a child that ends through exit would print it again
+}
+
+int firstFailure(std::initializer_list<int> codes) {
+    for (int const code : codes)
+        if (code != PERR_OK) return code;
+    return PERR_OK;
+}
+
+int runFailing(int nth, bool lasting, std::function<int()> const& operation) {
+    pid_t const self = getpid();
+    fault = {nth, 0, lasting, false};
+    int const code = operation();
+    fault.nth = 0;
+    if (getpid() != self) _exit(2);  // the child of a failed launch: the tests are the parent's
+    return code;
+}
+
+void stopFailing() {
+    fault.nth = 0;
+}
+
+bool isWatching() {
+    return fault.nth != 0;
+}
+
+bool failsNow() {
+    if (fault.nth == 0) return false;
+    ++fault.calls;
+    bool const fails = fault.calls == fault.nth || (fault.calls > fault.nth && fault.lasting);
+    fault.fired = fault.fired || fails;
+    errno = fails ? EIO : errno;
+    return fails;
+}
+
+void countBlocks(long change) {
+    liveBlocks += change;
+}
