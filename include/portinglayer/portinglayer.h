@@ -12,6 +12,7 @@
 #include <portinglayer/strings.h>
 #include <portinglayer/synchronisation.h>
 #include <portinglayer/threads.h>
+#include <portinglayer/utf8.h>
 #include <portinglayer/version.h>
 
 #endif

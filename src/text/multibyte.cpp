@@ -9,6 +9,7 @@
 #include <cwchar>
 
 #include "text/ascii_block.h"
+#include "text/utf8_codec.h"
 
 // The C library converts each text through its general converter. Where the codeset is ASCII or
 // UTF-8, ASCII and well-formed UTF-8 are converted here; at the first character that is anything
@@ -43,68 +44,6 @@ struct Progress {
 
 constexpr std::ptrdiff_t BLOCK = ASCII_BLOCK;
 
-/// Bytes of a character in UTF-8; 0 for what only the C library may decide about.
-std::ptrdiff_t _utf8Length(std::uint32_t c) {
-    if (c < 0x800) return 2;
-    if (c >= 0xD800 && c <= 0xDFFF) return 0;
-    if (c < 0x10000) return 3;
-    return c < 0x110000 ? 4 : 0;
-}
-
-char _following(std::uint32_t c) {
-    return static_cast<char>(0x80U | (c & 0x3FU));
-}
-
-/// Encodes a character of two to four bytes that fits before `end`. Returns its bytes; 0 for what
-/// only the C library may decide about.
-std::ptrdiff_t _encode(char* out, char const* end, std::uint32_t c) {
-    std::ptrdiff_t const bytes = _utf8Length(c);
-    if (bytes > end - out) return 0;
-    if (bytes == 2) {
-        out[0] = static_cast<char>(0xC0U | (c >> 6U));
-        out[1] = _following(c);
-    } else if (bytes == 3) {
-        out[0] = static_cast<char>(0xE0U | (c >> 12U));
-        out[1] = _following(c >> 6U);
-        out[2] = _following(c);
-    } else if (bytes == 4) {
-        out[0] = static_cast<char>(0xF0U | (c >> 18U));
-        out[1] = _following(c >> 12U);
-        out[2] = _following(c >> 6U);
-        out[3] = _following(c);
-    }
-    return bytes;
-}
-
-std::uint32_t _byte(char const* s) {
-    return static_cast<unsigned char>(*s);
-}
-
-bool _continues(char const* s) {
-    return (_byte(s) & 0xC0U) == 0x80U;
-}
-
-std::uint32_t _sixBits(char const* s) {
-    return _byte(s) & 0x3FU;
-}
-
-/// Decodes a character of two to four bytes, looking at no byte behind the first that does not
-/// continue it. Returns its bytes; 0 for what only the C library may decide about.
-std::ptrdiff_t _decode(char const* s, std::uint32_t& c) {
-    std::uint32_t const lead = _byte(s);
-    if (lead < 0xC2 || lead > 0xF4 || !_continues(s + 1)) return 0;
-    c = (lead & 0x1FU) << 6U | _sixBits(s + 1);
-    if (lead < 0xE0) return 2;
-
-    if (!_continues(s + 2)) return 0;
-    c = (c & 0x3FFU) << 6U | _sixBits(s + 2);
-    if (lead < 0xF0) return _utf8Length(c) == 3 ? 3 : 0;
-
-    if (!_continues(s + 3)) return 0;
-    c = (c & 0x7FFFU) << 6U | _sixBits(s + 3);
-    return _utf8Length(c) == 4 ? 4 : 0;
-}
-
 /// Narrows from `from` to `fromEnd`, or until the next character does not fit before `toEnd`. Text
 /// that is not all ASCII pays for one look at a block in as many single characters.
 Progress<wchar_t, char> _narrowRun(wchar_t const* from, wchar_t const* fromEnd, char* to,
@@ -122,7 +61,7 @@ Progress<wchar_t, char> _narrowRun(wchar_t const* from, wchar_t const* fromEnd, 
                 *to++ = static_cast<char>(c);
                 continue;
             }
-            std::ptrdiff_t const bytes = utf8 ? _encode(to, toEnd, c) : 0;
+            std::ptrdiff_t const bytes = utf8 ? _encodeUtf8(to, toEnd, c) : 0;
             if (bytes == 0) return {from, to, true};
             to += bytes;
         }
@@ -144,11 +83,11 @@ Progress<char, wchar_t> _widenRun(char const* from, wchar_t* to, wchar_t* toEnd,
         }
         char const* const pause = from + std::min(fromEnd - from, BLOCK);
         while (from < pause) {
-            std::uint32_t c = _byte(from);
+            std::uint32_t c = _utf8Byte(from);
             if (c < 0x80) {
                 ++from;
             } else {
-                std::ptrdiff_t const bytes = utf8 ? _decode(from, c) : 0;
+                std::ptrdiff_t const bytes = utf8 ? _decodeUtf8(from, c) : 0;
                 if (bytes == 0) return {from, to, true};
                 from += bytes;
             }

@@ -1,0 +1,208 @@
+#include <clocale>
+#include <random>
+
+#include <portinglayer/data_streams.h>
+#include <portinglayer/files.h>
+#include <portinglayer/utf8.h>
+#include <support/expect.h>
+#include <support/scratch.h>
+
+namespace {
+
+constexpr wchar_t LAST = 0x10FFFF;
+
+bool _isSurrogate(wchar_t c) {
+    return c >= 0xD800 && c <= 0xDFFF;
+}
+
+/// UTF-8 as its tables have it: a first byte with the number of bytes, six bits in each that follows.
+std::string _formOf(wchar_t c) {
+    unsigned int const following = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    int const marks[] = {0x00, 0xC0, 0xE0, 0xF0};
+    std::string form(1, static_cast<char>(marks[following] | c >> (6 * following)));
+    for (unsigned int i = following; i-- > 0;)
+        form += static_cast<char>(0x80 | (c >> (6 * i) & 0x3F));
+    return form;
+}
+
+std::string _formOf(std::wstring const& text) {
+    std::string form;
+    for (wchar_t const c : text) form += _formOf(c);
+    return form;
+}
+
+PString _string(std::wstring const& text) {
+    return {text.data(), text.size()};
+}
+
+/// Up to `most` characters that are neither zero nor a line feed or slash: of one byte, of up to two,
+/// and so on, in runs, so that conversions change between them at every place.
+std::wstring _randomText(std::mt19937& random, std::size_t most) {
+    wchar_t const ends[] = {0x80, 0x80, 0x800, 0x10000, LAST};
+    std::wstring text;
+    while (text.empty() || random() % 6 != 0) {
+        wchar_t const end = ends[random() % 5];
+        for (auto left = random() % 40; left > 0 && text.size() < most; --left) {
+            auto const c = static_cast<wchar_t>(L'0' + random() % (end - L'0'));
+            text += _isSurrogate(c) ? L'0' : c;
+        }
+    }
+    return text;
+}
+
+class InUtf8 : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr); }
+    void TearDown() override { (void)setlocale(LC_ALL, "C"); }
+};
+
+using PaddedText = InUtf8;
+
+}  // namespace
+
+TEST(Utf8, TurnsEveryCharacterIntoItsFormAndBack) {
+    for (wchar_t c = 0; c <= LAST; ++c) {
+        if (_isSurrogate(c)) continue;
+        std::string bytes;
+        PString back;
+        ASSERT_CODE(PERR_OK, PUtf8::encode(PString(&c, 1), bytes));
+        ASSERT_EQ(_formOf(c), bytes) << "character " << static_cast<long>(c);
+        ASSERT_CODE(PERR_OK, PUtf8::decode(bytes.data(), bytes.size(), back));
+        ASSERT_TEXT(std::wstring(1, c), back);
+    }
+}
+
+TEST(Utf8, ConvertsTextsOfAnyMixtureWhole) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 3'000; ++i) {
+        std::wstring const text = _randomText(random, 500);
+        std::string bytes = "former";
+        PString back(L"former", P_WHOLE_STRING);
+        ASSERT_CODE(PERR_OK, PUtf8::encode(_string(text), bytes));
+        ASSERT_EQ(_formOf(text), bytes);
+        ASSERT_CODE(PERR_OK, PUtf8::decode(bytes.data(), bytes.size(), back));
+        ASSERT_TEXT(text, back);
+    }
+}
+
+TEST(Utf8, RefusesCharactersWithoutAFormWhereverTheyStand) {
+    for (wchar_t const c : {wchar_t(0xD800), wchar_t(0xDFFF), wchar_t(LAST + 1), wchar_t(-1)}) {
+        for (std::size_t const before : {0, 15, 16, 17, 70'000}) {
+            std::string bytes = "former";
+            PString fitted(L"former", P_WHOLE_STRING);
+            PString const text = _string(std::wstring(before, L'a') + c + L"after");
+            EXPECT_CODE(PERR_BAD_FORMAT, PUtf8::encode(text, bytes));
+            EXPECT_CODE(PERR_BAD_FORMAT, PUtf8::padded(text, fitted));
+            EXPECT_EQ("former", bytes);
+            EXPECT_TEXT(L"former", fitted);
+        }
+    }
+}
+
+TEST(Utf8, RefusesBytesThatAreNotWellFormedWhereverTheyStand) {
+    struct {
+        char const* what;
+        std::string bytes;
+    } const rows[] = {
+        {"a byte that only continues", "\x80"},
+        {"a slash in two bytes", "\xC0\xAF"},
+        {"DEL in two bytes", "\xC1\xBF"},
+        {"U+07FF in three bytes", "\xE0\x9F\xBF"},
+        {"U+FFFF in four bytes", "\xF0\x8F\xBF\xBF"},
+        {"the first surrogate", "\xED\xA0\x80"},
+        {"the last surrogate", "\xED\xBF\xBF"},
+        {"U+110000", "\xF4\x90\x80\x80"},
+        {"five bytes", "\xF8\x88\x80\x80\x80"},
+        {"a byte that is never used", "\xFF"},
+        {"one of two bytes", "\xC3"},
+        {"two of three bytes", "\xE2\x82"},
+        {"three of four bytes", "\xF0\x9F\x98"},
+        {"a letter within", "\xF0\x9F\x61\x80"},
+    };
+    for (auto const& row : rows) {
+        for (std::size_t const before : {0, 15, 16, 17}) {
+            SCOPED_TRACE(testing::Message() << row.what << " behind " << before);
+            // Nothing behind the bytes, so that a checked memory tells who reads there.
+            std::vector<char> bytes(before, 'a');
+            bytes.insert(bytes.end(), row.bytes.begin(), row.bytes.end());
+            PString text(L"former", P_WHOLE_STRING);
+            EXPECT_CODE(PERR_BAD_FORMAT, PUtf8::decode(bytes.data(), bytes.size(), text));
+            EXPECT_TEXT(L"former", text);
+        }
+    }
+}
+
+TEST(Utf8, TakesZerosAndEmptyTextsAsTheyAre) {
+    std::string bytes = "former";
+    EXPECT_CODE(PERR_OK, PUtf8::encode(_string({L"\0\xE9\0", 3}), bytes));
+    EXPECT_EQ(std::string("\0\xC3\xA9\0", 4), bytes);
+    EXPECT_CODE(PERR_OK, PUtf8::encode(PLiteral(), bytes));
+    EXPECT_EQ("", bytes);
+
+    PString text;
+    EXPECT_CODE(PERR_OK, PUtf8::decode("\0b\0", 3, text));
+    EXPECT_TEXT(std::wstring_view(L"\0b\0", 3), text);
+    EXPECT_CODE(PERR_OK, PUtf8::decode("\xC3\xA9\0c", P_WHOLE_STRING, text));
+    EXPECT_TEXT(L"\xE9", text);
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, PUtf8::decode(nullptr, P_WHOLE_STRING, text));
+    EXPECT_TEXT(L"\xE9", text);
+    EXPECT_CODE(PERR_OK, PUtf8::decode(nullptr, 0, text));
+    EXPECT_TEXT(L"", text);
+}
+
+TEST_F(PaddedText, HasAnXForEachByteThatItsFormHasMore) {
+    PString text(L"\x20AC\xE9 \\", P_WHOLE_STRING);
+    EXPECT_CODE(PERR_OK, PUtf8::padded(text, text));
+    EXPECT_TEXT(L"\x20AC\xE9 \\xxx", text);
+    EXPECT_CODE(PERR_OK, PUtf8::padded(L"ascii", text));
+    EXPECT_TEXT(L"ascii", text);
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, PUtf8::padded(_string({L"a\0b", 3}), text));
+    EXPECT_TEXT(L"ascii", text);
+    EXPECT_CODE(PERR_OK, PUtf8::padded(L"", text));
+    EXPECT_TEXT(L"", text);
+}
+
+TEST_F(PaddedText, ComesThroughNamesWhole) {
+    Scratch scratch;
+    std::mt19937 random(2);
+    for (int i = 0; i < 200; ++i) {
+        std::wstring text = scratch.wpath("") + _randomText(random, 60);
+        std::replace(text.begin(), text.end(), L'\\', L' ');  // it would become a slash
+        PString name;
+        ASSERT_CODE(PERR_OK, PUtf8::padded(_string(text), name));
+        ASSERT_CODE(PERR_OK, PFile().popen(name, PFile::OPEN_WRITE | PFile::OPEN_CREATE, 1));
+        ASSERT_TRUE(std::filesystem::remove(_formOf(text))) << _formOf(text);
+    }
+}
+
+TEST_F(PaddedText, ComesThroughLinesWhole) {
+    Scratch scratch;
+    std::mt19937 random(3);
+    std::string content;
+    PFile file;
+    unsigned int const mode = PFile::OPEN_WRITE | PFile::OPEN_CREATE;
+    ASSERT_CODE(PERR_OK, file.popen(scratch.wpath("f").c_str(), mode, 1));
+    for (int i = 0; i < 1'000; ++i) {
+        std::wstring const text = _randomText(random, 300);
+        PString line;
+        ASSERT_CODE(PERR_OK, PUtf8::padded(_string(text), line));
+        ASSERT_CODE(PERR_OK, file.pwriteLine(line));
+        content += _formOf(text) + "\n";
+    }
+    EXPECT_TRUE(content == scratch.read("f"));
+}
+
+TEST_F(PaddedText, ComesThroughStreamStringsWhole) {
+    std::mt19937 random(4);
+    for (int i = 0; i < 1'000; ++i) {
+        std::wstring const text = _randomText(random, 300);
+        std::vector<unsigned char> bytes;
+        PString padded;
+        PString back;
+        ASSERT_CODE(PERR_OK, PUtf8::padded(_string(text), padded));
+        ASSERT_CODE(PERR_OK, PDataWriter(bytes).writeString(padded));
+        ASSERT_EQ(_formOf(text), std::string(bytes.begin() + 6, bytes.end()));
+        ASSERT_CODE(PERR_OK, PDataReader(bytes).readString(back));
+        ASSERT_TEXT(text, back);
+    }
+}
