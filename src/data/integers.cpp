@@ -4,7 +4,7 @@
 
 namespace {
 
-/// 0 would mean that integers travel as they lie in memory.
+/// What callers are told; streams look the same on every machine.
 int _endianness;
 
 /// Sets the flag while the library is loaded, before any caller can run.

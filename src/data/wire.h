@@ -3,8 +3,9 @@
 #define PORTINGLAYER_DATA_WIRE_H
 
 #include <cstddef>
-#include <cstring>
 #include <new>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <portinglayer/data_streams.h>
@@ -16,29 +17,25 @@ constexpr unsigned char STRING_LIST_TAG = 0x89;
 
 constexpr std::size_t TAGGED_BYTES = 5;  // a marker and the 4 bytes of a count, length or number
 
-/// The bytes of a value between host and stream order, the same step both ways.
-template <typename Integer>
-Integer _swapped(Integer value) {
-    if (getEndianness() == 0) return value;
-    if constexpr (sizeof value == 2)
-        return static_cast<Integer>(__builtin_bswap16(static_cast<unsigned short>(value)));
-    else if constexpr (sizeof value == 4)
-        return static_cast<Integer>(__builtin_bswap32(static_cast<unsigned int>(value)));
-    else
-        return static_cast<Integer>(__builtin_bswap64(static_cast<unsigned long>(value)));
+// Shifts mean the same on every machine. Written out for each byte, reading is compiled to one swapped
+// move, which a loop is not; writing is so either way.
+
+template <typename Bits, std::size_t... INDEX>
+Bits _joined(unsigned char const* from, std::index_sequence<INDEX...> /*all its bytes*/) {
+    return static_cast<Bits>((... | (Bits{from[INDEX]} << 8U * (sizeof(Bits) - 1 - INDEX))));
 }
 
 template <typename Integer>
 Integer _load(unsigned char const* from) {
-    Integer value;
-    memcpy(&value, from, sizeof value);
-    return _swapped(value);
+    using Bits = std::make_unsigned_t<Integer>;
+    return static_cast<Integer>(_joined<Bits>(from, std::make_index_sequence<sizeof(Bits)>()));
 }
 
 template <typename Integer>
 void _store(unsigned char* to, Integer value) {
-    value = _swapped(value);
-    memcpy(to, &value, sizeof value);
+    auto const bits = static_cast<std::make_unsigned_t<Integer>>(value);
+    for (std::size_t i = 0; i < sizeof bits; ++i)
+        to[i] = static_cast<unsigned char>(bits >> 8U * (sizeof bits - 1 - i));
 }
 
 /// Bytes from a position to the end of the stream. What is wanted is compared with them, so that no
