@@ -8,13 +8,18 @@ endif()
 
 set(PORTINGLAYER_SANITIZE "" CACHE STRING "Sanitizers, comma separated: address,undefined or thread")
 option(PORTINGLAYER_COVERAGE "Instrument for line coverage" OFF)
+option(PORTINGLAYER_WERROR "Warnings are errors: for those who work on the library" OFF)
+
+# Guards against jumps into the middle of functions: not every processor has them.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fcf-protection PORTINGLAYER_HAS_CF_PROTECTION)
 
 function(portinglayer_settings target)
   target_compile_features(${target} PRIVATE cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
-  if(PROJECT_IS_TOP_LEVEL)
+  if(PORTINGLAYER_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
   if(PORTINGLAYER_SANITIZE)
@@ -36,7 +41,7 @@ function(portinglayer_harden target)
     return()
   endif()
   target_compile_options(${target} PRIVATE -fstack-protector-strong -fstack-clash-protection
-    -fcf-protection)
+    $<$<BOOL:${PORTINGLAYER_HAS_CF_PROTECTION}>:-fcf-protection>)
   # The checked functions exist in optimised code only.
   target_compile_options(${target} PRIVATE
     $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
