@@ -5,9 +5,11 @@
 
 #include <portinglayer/counters.h>
 #include <portinglayer/data_streams.h>
+#include <portinglayer/file_locks.h>
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
 #include <portinglayer/processes.h>
+#include <portinglayer/replacements.h>
 #include <portinglayer/result_codes.h>
 #include <portinglayer/strings.h>
 #include <portinglayer/synchronisation.h>
