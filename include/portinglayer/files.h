@@ -2,9 +2,15 @@
 /// Files, temporary files, directory listings and system facts.
 ///
 /// Names are wide text. They reach the system as multibyte text of the process's locale, made by
-/// the rule of `PLiteral::ascii`: at most as many bytes as the name has characters. A name that the
-/// locale cannot express reaches the system as no name at all and is refused (`PFile::check` is true of
-/// it, as of anything that cannot be examined).
+/// the rule of `PLiteral::ascii`: at most as many bytes as the name has characters, and nothing
+/// from its first zero character on. A name that the locale cannot express reaches the system as no
+/// name at all and is refused (`PFile::check` is true of it, as of all that cannot be examined).
+///
+/// When the system refuses a `popen`, `pdelete`, `rename` or `pcreate`, its reason is still in
+/// `errno` on return.
+///
+/// Operations that may block are cancellation points of the calling thread and say so. Closing and
+/// destroying are none, in any class here.
 #ifndef PORTINGLAYER_FILES_H
 #define PORTINGLAYER_FILES_H
 
@@ -22,6 +28,9 @@
 /// descriptor and closes it on destruction. It has no lock: one thread at a time uses it.
 /// Descriptors are closed in programs that the process starts. Backslashes in names are turned into
 /// slashes by every operation here but `getFileName`.
+///
+/// @warning A half-open handle reads and writes, without the lock. Test the code of `popen`, not
+///          `isOpen`, before using the file.
 class PORTINGLAYER_EXPORT PFile {
 public:
     static constexpr unsigned int OPEN_READ = 1;         ///< read access
@@ -30,6 +39,13 @@ public:
     static constexpr unsigned int OPEN_TRUNCATE = 8;     ///< the content is dropped
     static constexpr unsigned int OPEN_CREATE = 16;      ///< makes a missing file, mode 0644
     static constexpr unsigned int OPEN_SAFE_WRITE = 32;  ///< safe writing; stands alone
+
+    static constexpr unsigned int EXCLUSIVE = 0;  ///< `share`: takes the lock
+    static constexpr unsigned int UNLOCKED = 1;   ///< `share`: does without
+
+    static constexpr int KIND_FILE = 0;       ///< `kind`: a regular file
+    static constexpr int KIND_DIRECTORY = 1;  ///< `kind`: a directory
+    static constexpr int KIND_SPECIAL = 2;    ///< `kind`: a device, a pipe or a socket
 
     /// A closed handle.
     PFile();
@@ -40,29 +56,30 @@ public:
     /// Closes the file as `pclose` does, so an open safe-write file is moved over its name.
     ///
     /// @warning A failure of that move goes unnoticed; call `pclose` to learn of it.
+    /// @warning A static or global handle is destroyed by `exit` with whatever was written by then,
+    ///          and moved over its name; so it is by a forked child that calls `exit`. Keep
+    ///          handles for safe writing local.
     virtual ~PFile();
 
-    /// Opens a file and, with `share` 0, locks it against other holders.
+    /// Opens a file and, with `share` EXCLUSIVE, locks it against other holders.
     ///
     /// Without OPEN_WRITE the file is opened for reading, also when OPEN_READ is not given.
     /// OPEN_TRUNCATE needs OPEN_WRITE or OPEN_CREATE; with OPEN_CREATE it truncates even a file
-    /// opened for reading only. Bits above OPEN_SAFE_WRITE are stored and, without that one, have no effect. The lock
-    /// is an exclusive advisory `flock`, not waited for, and held until the handle is closed; it
-    /// excludes only those who lock too, other handles of this process included.
+    /// opened for reading only. Bits above OPEN_SAFE_WRITE are stored and, without that one, have
+    /// no effect. The lock is an exclusive advisory `flock`, not waited for, and held until the
+    /// handle is closed; it excludes only those who lock too, other handles of this process
+    /// included.
     ///
-    /// OPEN_SAFE_WRITE alone, with `share` 0, writes a new file beside the named one, called NAME
-    /// ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked; `pclose` moves
-    /// it over NAME. Until then NAME keeps its content, whatever happens to this process; one that
-    /// ends before, or is refused the lock, leaves the sibling behind.
-    /// @warning A safe write makes a new file, with mode 0644 less the umask and the caller as owner,
-    ///          and replaces a symbolic link instead of following it; set rights anew after `pclose`.
-    /// @warning Two handles of one process that open one name for safe writing within a millisecond share
-    ///          the sibling: the second empties it before it is refused the lock, and the first moves
-    ///          what it wrote since over NAME. Let one thread at a time replace a file.
+    /// OPEN_SAFE_WRITE alone, with `share` EXCLUSIVE, writes a new file beside the named one,
+    /// called NAME ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked;
+    /// `pclose` moves it over NAME. Until then NAME keeps its content, whatever happens to this
+    /// process; one that ends before, or is refused the lock, leaves the sibling behind.
+    ///
     /// @param name   the file; not empty
     /// @param flags  OPEN_ bits
-    /// @param share  0 takes the lock, any other value does without
-    /// @return PERR_OK                open; a folder opens for reading, but has nothing to read
+    /// @param share  EXCLUSIVE (0) takes the lock, any other value does without
+    /// @return PERR_OK                open; a folder opens for reading too, but `pread` then
+    ///                                gives PERR_READ
     /// @return PERR_INVALID_ARGUMENT  empty name, or a combination of bits that is not allowed; the
     ///                                handle is unchanged
     /// @return PERR_ALREADY_OPEN      the handle is open or half open; it is unchanged
@@ -72,8 +89,18 @@ public:
     /// @return PERR_LOCKED            another handle holds the lock; half open, call `pclose`
     /// @return PERR_NO_MEMORY         the name could not be copied or composed; still closed
     ///
-    /// Blocks: not for the lock; a named pipe waits for its other end.
+    /// Blocks: not for the lock; a named pipe waits for its other end. A cancellation point.
     ///
+    /// @warning A safe write makes a new file, with mode 0644 less the umask and the caller as
+    ///          owner, and replaces a symbolic link instead of following it; set rights anew after
+    ///          `pclose`.
+    /// @warning Two handles of one process that open one name for safe writing within a millisecond
+    ///          share the sibling: the second empties it before it is refused the lock, and the
+    ///          first moves what it wrote since over NAME. Let one thread at a time replace a file.
+    /// @warning A safe write to a name that holds a zero character empties NAME at once, since the
+    ///          system sees nothing of what follows the zero. PString's narrow `set` and `cat`
+    ///          leave zeros behind text beyond ASCII: cut them off first, with
+    ///          `PString(name.ptr(), P_WHOLE_STRING)`.
     /// @warning With OPEN_TRUNCATE the content is gone before the lock is asked for; open without
     ///          it where another holder may be at work.
     [[nodiscard]] int popen(PLiteral const& name, unsigned int flags, unsigned int share);
@@ -87,9 +114,10 @@ public:
     /// @return PERR_INVALID_ARGUMENT  `buffer` is null or `length` is 0
     /// @return PERR_NOT_OPEN          the handle is closed
     /// @return PERR_END_OF_FILE       nothing is left to read
-    /// @return PERR_READ              the system refused the read
+    /// @return PERR_READ              the system refused the read: not open for reading, a folder,
+    ///                                interrupted by a signal, a bad `buffer`
     ///
-    /// Blocks: as the file does; a pipe or device waits for data.
+    /// Blocks: as the file does; a pipe or device waits for data. A cancellation point.
     [[nodiscard]] int pread(char* buffer, unsigned long length, unsigned long& done);
 
     /// Writes at most `length` bytes from `buffer` at the current position.
@@ -100,20 +128,22 @@ public:
     /// @return PERR_OK           compare `done` with `length`
     /// @return PERR_NOT_OPEN     the handle is closed
     /// @return PERR_END_OF_FILE  the system wrote nothing, as when `length` is 0
-    /// @return PERR_WRITE        the system refused the write: no space, not open for writing, a
-    ///                           bad `buffer`
+    /// @return PERR_WRITE        the system refused the write: no space, not open for writing,
+    ///                           interrupted by a signal, a bad `buffer`
     ///
-    /// Blocks: as the file does; a full pipe waits for its reader.
+    /// Blocks: as the file does; a full pipe waits for its reader. A cancellation point.
     [[nodiscard]] int pwrite(char const* buffer, unsigned long length, unsigned long& done);
 
     /// Moves the current position.
     ///
     /// @param offset  bytes, counted from what `whence` names; may be negative
-    /// @param whence  0 the start, 1 the current position, 2 the end
+    /// @param whence  0 the start, 1 the current position, 2 the end; 3 and 4 seek the next data
+    ///                and the next hole at or after `offset`, as the system's `lseek` does
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN  the handle is closed
-    /// @return PERR_SEEK      the position is negative, `whence` is another value, or the file has
-    ///                        no positions (a pipe); the position is unchanged
+    /// @return PERR_SEEK      the position is negative, `whence` is another value, the file has no
+    ///                        positions (a pipe), or no data or hole follows; the position is
+    ///                        unchanged
     [[nodiscard]] int pseek(long long offset, int whence);
 
     /// Gives the size of the open file.
@@ -129,7 +159,7 @@ public:
     /// @return PERR_OK        asked; whether it succeeded is not told
     /// @return PERR_NOT_OPEN  the handle is closed
     ///
-    /// Blocks: until the device answers.
+    /// Blocks: until the device answers. A cancellation point.
     [[nodiscard]] int pflush();
 
     /// Closes the file, which drops its lock, and moves a safe-write file over its final name.
@@ -138,6 +168,8 @@ public:
     /// @return PERR_NOT_OPEN  the handle was closed already, or a safe-write handle lost its names
     /// @return PERR_SYSTEM    closed, but the safe-write file could not be moved: the old file is
     ///                        as it was, and the new content stays under its temporary name
+    ///
+    /// Blocks: no longer than the system takes. Not a cancellation point.
     ///
     /// @warning The move is not preceded by a flush, so a loss of power soon after can leave an
     ///          empty or partial file; call `pflush` before closing where that matters.
@@ -162,16 +194,18 @@ public:
     ///
     /// Each byte becomes one wide character by sign extension: there is no multibyte decoding, and
     /// bytes from 128 on become the values from 0xFFFFFF80 on. A zero byte cuts the delivered text;
-    /// the rest of the line is consumed. The last line needs no line feed, but carriage returns alone
-    /// at the end of the file are no line; a read error after the first character ends the line like the end of the file. The file is read in blocks of 128
-    /// bytes and repositioned behind the line feed, so the position after the call is the start of
-    /// the next line.
+    /// the rest of the line is consumed. The last line needs no line feed, but carriage returns
+    /// alone at the end of the file are no line; a read error after the first character ends the
+    /// line like the end of the file. The file is read in blocks of 128 bytes and repositioned
+    /// behind the line feed, so the position after the call is the start of the next line.
     /// @param[out] line  the line, possibly empty; written only on success
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN     the handle is closed
     /// @return PERR_END_OF_FILE  no line is left
     /// @return PERR_READ         the system refused to read before the first character
     /// @return PERR_NO_MEMORY    no memory for the line; what was read of it is consumed
+    ///
+    /// Blocks: as `pread` does. A cancellation point; what was read of the line is then lost.
     ///
     /// @warning What is read is not decoded: a line with bytes beyond ASCII is not written back by
     ///          `pwriteLine`, which leaves it empty. Copy such lines with `pread` and `pwrite`.
@@ -189,6 +223,11 @@ public:
     /// @return PERR_WRITE        the system refused a write; if it was the first, no line feed is
     ///                           written
     /// @return PERR_END_OF_FILE  the system wrote nothing; likewise
+    ///
+    /// Blocks: as `pwrite` does. A cancellation point; the line feed may then be missing.
+    ///
+    /// @warning Lines that several handles append to one file mix, since each is two writes. Write
+    ///          a line with its line feed by one `pwrite`, or lock the file.
     [[nodiscard]] int pwriteLine(PLiteral const& line);
 
     /// Tells whether something stands under the name; symbolic links are followed, so a dangling
@@ -197,7 +236,7 @@ public:
 
     /// Tells whether what stands under the name is of a kind; symbolic links are followed.
     ///
-    /// @param kind  0 regular file, 1 directory, 2 device, pipe or socket; anything else gives
+    /// @param kind  KIND_FILE (0), KIND_DIRECTORY (1) or KIND_SPECIAL (2); anything else gives
     ///              false
     /// @return false for an empty name and for another kind
     ///
@@ -234,25 +273,33 @@ public:
     ///          name another file; keep to ASCII names.
     [[nodiscard]] static int rename(PLiteral const& from, PLiteral const& to);
 
-    /// Removes a directory with everything in it. One slash at the end of `path` is ignored.
+    /// Removes a directory with everything in it. One slash at the end of `path` is ignored, and so
+    /// is everything from its first zero character on.
     ///
     /// The walk stops at the first thing that cannot be removed; what went before stays removed. It
     /// holds one descriptor per level of the tree.
     /// @return PERR_OK
-    /// @return PERR_DIR_NOT_FOUND     `path` is empty or does not exist; or the walk stopped at
-    ///                                something that cannot be looked at: a dangling link, a loop
-    ///                                of links, a name with a backslash that leads nowhere
+    /// @return PERR_DIR_NOT_FOUND     `path` is empty, "/", missing, or cannot be looked at (too
+    ///                                long, in a folder that may not be searched, not to be
+    ///                                converted); or the walk stopped at something of that sort: a
+    ///                                dangling link, a loop of links, a path grown too long, an
+    ///                                entry of a folder that may be listed but not searched, a name
+    ///                                with a backslash that leads nowhere
     /// @return PERR_INVALID_ARGUMENT  `path`, or meanwhile something below it, is not a directory
-    /// @return PERR_DELETE            a file, or a directory that could not be emptied (unreadable,
-    ///                                or filled again by others), could not be removed
+    /// @return PERR_DELETE            a file could not be removed, as in a folder that may not be
+    ///                                written; or a directory that could not be emptied: it is
+    ///                                unreadable, filled again by others, or holds a name that
+    ///                                cannot be converted, which ends its listing
     /// @return PERR_NO_SUCH_FILE      something vanished while it was being removed
-    /// @return PERR_NO_MEMORY         no memory for a name
+    /// @return PERR_NO_MEMORY         no memory for a path; that for other things shows as one of
+    ///                                the failures above
     ///
+    /// @warning File systems mounted below `path` are emptied, too. Unmount them first.
     /// @warning Symbolic links to directories are followed: the target is emptied, wherever it is,
     ///          then the link removed. Remove links yourself first where a tree may hold any.
     /// @warning A backslash in the name of an entry counts as a slash, so that an entry such as
-    ///          "..\name" has another file or tree removed in its place, even outside of `path`. Do not
-    ///          call it on trees to which others can add names.
+    ///          "..\name" has another file or tree removed in its place, even outside of `path`. Do
+    ///          not call it on trees to which others can add names.
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut, in the
     ///          worst case to its parent folder, which is then emptied; keep to ASCII names.
     [[nodiscard]] static int removeAll(PLiteral const& path);
@@ -294,12 +341,18 @@ public:
     /// @return PERR_NO_MEMORY         no memory for a name
     /// @return the codes of `PFile::popen` for the final opening, with the same states
     ///
+    /// Blocks: while it probes. A cancellation point.
+    ///
     /// @warning The number is drawn anew from the clock's second at every attempt, so names are
     ///          predictable, and looking and opening are two steps: another process can take the
     ///          name in between. Use a folder that only trusted users can write.
     /// @warning A second file with the same prefix in the same second keeps the processor busy with
     ///          probes until the second ends, or fails with PERR_OPEN when the attempts are used up
     ///          before; give each file a prefix of its own.
+    /// @warning In a folder that cannot be looked into, each of the 238,328 attempts is made before
+    ///          PERR_OPEN is returned: seconds. Test the folder first, with a PDir.
+    /// @warning Behind a zero character in `prefix` the digits are lost, so the prefix itself is
+    ///          tried and opened; see `PFile::popen` on how to cut zeros off.
     [[nodiscard]] int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
 
     /// Closes the file, which stays on disk, and frees the object for another `popen`.

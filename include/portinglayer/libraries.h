@@ -22,13 +22,14 @@ public:
     PLibrary& operator=(PLibrary const&) = delete;
 
     /// Gives the library back to the loader, which unloads it when nobody else holds it; leaves it
-    /// loaded for the rest of the process if `load` was told so.
+    /// loaded for the rest of the process if `load` was told so. Not a cancellation point.
     virtual ~PLibrary();
 
     /// Loads a library, resolving its functions as they are first called.
     ///
     /// The name is used as it stands: one with a slash is a path, one without is searched as the
-    /// system's loader does. Empty text, and text that the locale cannot express, gives the main
+    /// system's loader does. It reaches the loader as names of files do: text beyond ASCII is cut
+    /// in a multibyte locale. Empty text, and text that the locale cannot express, gives the main
     /// program itself.
     /// @param[out] library  a new object that the caller deletes; written only on success
     /// @param unload        whether the object's destruction unloads the library
@@ -36,7 +37,11 @@ public:
     /// @return PERR_LIBRARY_LOAD  the loader refused; the reason is written to standard error
     /// @return PERR_NO_MEMORY     no memory for the object; the library stays loaded
     ///
+    /// Blocks: while the library is read and its start-up code runs. Not a cancellation point.
+    ///
     /// @warning Loading runs the library's own start-up code; load only what is trusted.
+    /// @warning Under a multibyte locale a name with other than ASCII characters may so name
+    ///          another library; keep to ASCII names.
     [[nodiscard]] static int load(PLiteral const& name, PLibrary*& library, bool unload);
 
     /// Looks a symbol up in the library and what it depends on.

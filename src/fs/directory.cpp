@@ -6,8 +6,10 @@
 
 #include <portinglayer/files.h>
 
+#include "fs/joined_name.h"
 #include "fs/name_pattern.h"
 #include "fs/narrow_path.h"
+#include "sync/uncancelled.h"
 
 namespace {
 
@@ -27,33 +29,29 @@ PDir::~PDir() {
 }
 
 int PDir::popen(PLiteral const& dir, PLiteral const& newPattern) {
-    if (pattern.len() != 0)
-        result = PERR_DIR_ALREADY_OPEN;  // after a failure the directory is tried all the same
-    else if (setUp(dir, newPattern) != PERR_OK)
-        return result;
     if (stream != nullptr) return result = PERR_DIR_ALREADY_OPEN;
 
+    // After a failure the first pattern stays, and the new directory is tried with it.
+    if (pattern.len() == 0 && setUp(dir, newPattern) != PERR_OK) return result;
     NarrowText const name(dir);
-    if (name.get() != nullptr) stream = opendir(name.get());
+    if (_isName(name.get())) stream = opendir(name.get());
     return result = stream != nullptr ? PERR_OK : PERR_DIR_NOT_OPEN;
 }
 
 int PDir::setUp(PLiteral const& dir, PLiteral const& newPattern) {
-    result = path.set(dir, P_WHOLE_STRING);
-    if (result == PERR_OK && !path.endsWith(L"/", P_WHOLE_STRING, false)) result = path.cat(L"/");
-    if (result == PERR_OK)
-        result = pattern.set(newPattern.len() != 0 ? newPattern : L"*", P_WHOLE_STRING);
-    return result;
+    bool const slashed = dir.endsWith(L"/", P_WHOLE_STRING, false);
+    result = _joinName(path, {dir, slashed ? L"" : L"/"});
+    if (result != PERR_OK) return result;
+    return result = pattern.set(newPattern.len() != 0 ? newPattern : L"*", P_WHOLE_STRING);
 }
 
 int PDir::preaddir() {
     if (pattern.len() == 0 || stream == nullptr) return result = PERR_DIR_NOT_OPEN;
 
-    NamePattern const wanted(pattern);
     do {
         current = readdir(stream);
         if (current == nullptr) return result = PERR_READ;
-    } while (!wanted.matches(current->d_name));
+    } while (!_matchesPattern(pattern, current->d_name));
 
     entry = PString(current->d_name, P_WHOLE_STRING);
     return result = entry.len() != 0 ? PERR_OK : PERR_CONVERSION;
@@ -85,6 +83,7 @@ int PDir::getResult() const {
 }
 
 int PDir::pclose() {
+    Uncancelled const untilClosed;
     result = PERR_OK;
     if (stream != nullptr && closedir(stream) != 0) result = PERR_DIR_CLOSE;
     clear();  // which forgets a failure to close: callers always get success
@@ -102,15 +101,14 @@ void PDir::clear() {
 
 int PDir::pcreate(PLiteral const& dir) {
     NarrowText const name(dir);
-    int const made =
-        _onPath(name.get(), [](char const* p) { return mkdir(p, NEW_DIRECTORY_MODE); });
+    bool const made = _isName(name.get()) && mkdir(name.get(), NEW_DIRECTORY_MODE) == 0;
     if (errno == EEXIST) return PERR_DIR_EXISTS;  // also when it stems from an earlier call
-    return made == 0 ? PERR_OK : PERR_DIR_CREATE;
+    return made ? PERR_OK : PERR_DIR_CREATE;
 }
 
 int PDir::pdelete(PLiteral const& dir) {
     if (dir.len() == 0) return PERR_INVALID_ARGUMENT;
     NarrowText const name(dir);
-    if (_onPath(name.get(), [](char const* p) { return rmdir(p); }) == 0) return PERR_OK;
+    if (_isName(name.get()) && rmdir(name.get()) == 0) return PERR_OK;
     return errno == ENOENT ? PERR_DIR_NOT_FOUND : PERR_DIR_DELETE;
 }

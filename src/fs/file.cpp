@@ -4,18 +4,21 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cwchar>
 #include <utility>
 
 #include <portinglayer/files.h>
 #include <portinglayer/threads.h>
 
+#include "fs/joined_name.h"
 #include "fs/narrow_path.h"
+#include "sync/uncancelled.h"
 
 namespace {
 
 constexpr int CLOSED = -1;
 constexpr mode_t NEW_FILE_MODE = 0644;
-constexpr unsigned int EXCLUSIVE = 0;  // the value of `share` that asks for the lock
+constexpr std::size_t WRITER_ROOM = 64;  // characters of ".talv_temp-PROCESS-TICK", at most
 
 /// Turns mode bits into those of the system; false for a combination that is not allowed.
 bool _systemFlags(unsigned int flags, int& system) {
@@ -30,22 +33,6 @@ bool _systemFlags(unsigned int flags, int& system) {
     if (truncate) system |= O_TRUNC;
     if ((flags & PFile::OPEN_APPEND) != 0) system |= O_APPEND;
     return true;
-}
-
-/// Appends what tells this writer from others: ".talv_temp-PROCESS-TICK".
-int _appendWriter(PString& path) {
-    PString process;
-    PString tick;
-    int result = PUtils::uint32ToStr(static_cast<unsigned int>(getpid()), process);
-    if (result == PERR_OK)
-        result = PUtils::uint64ToStr(static_cast<unsigned long long>(PTime::getTickCount()), tick);
-
-    // Each step is checked: a name left half composed could be that of the original.
-    if (result == PERR_OK) result = path.cat(L".talv_temp-");
-    if (result == PERR_OK) result = path.cat(process);
-    if (result == PERR_OK) result = path.cat(L"-");
-    if (result == PERR_OK) result = path.cat(tick);
-    return result;
 }
 
 }  // namespace
@@ -73,8 +60,8 @@ int PFile::popen(PLiteral const& newName, unsigned int newFlags, unsigned int sh
     if (!_systemFlags(newFlags, system)) return PERR_INVALID_ARGUMENT;
 
     NarrowText const narrow(path);
-    fd = _onPath(narrow.get(), [&](char const* p) { return ::open(p, system, NEW_FILE_MODE); });
-    if (fd == CLOSED) return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_OPEN;
+    if (_isName(narrow.get())) fd = ::open(narrow.get(), system, NEW_FILE_MODE);
+    if (!isOpen()) return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_OPEN;
 
     // Refused the lock, the handle stays half open: callers close it themselves.
     if (share == EXCLUSIVE && flock(fd, LOCK_EX | LOCK_NB) != 0)
@@ -86,10 +73,12 @@ int PFile::popen(PLiteral const& newName, unsigned int newFlags, unsigned int sh
 }
 
 int PFile::openSafely(PString&& path) {
+    wchar_t writer[WRITER_ROOM];
+    (void)swprintf(writer, WRITER_ROOM, L".talv_temp-%d-%lld", getpid(), PTime::getTickCount());
     PString sibling;
-    int result = sibling.set(path, P_WHOLE_STRING);
-    if (result == PERR_OK) result = _appendWriter(sibling);
-    if (result == PERR_OK) result = popen(sibling, OPEN_WRITE | OPEN_CREATE | OPEN_TRUNCATE, 0);
+    int result = _joinName(sibling, {path, writer});
+    if (result != PERR_OK) return result;
+    result = popen(sibling, OPEN_WRITE | OPEN_CREATE | OPEN_TRUNCATE, EXCLUSIVE);
     if (result != PERR_OK) return result;
 
     tempName = std::move(name);
@@ -137,12 +126,13 @@ int PFile::pflush() {
 }
 
 int PFile::pclose() {
-    int const descriptor = std::exchange(fd, CLOSED);
-    if (descriptor == CLOSED) return PERR_NOT_OPEN;
-    (void)::close(descriptor);  // the descriptor is gone whatever the system says
+    if (!isOpen()) return PERR_NOT_OPEN;
+    Uncancelled const untilMoved;
+    (void)::close(std::exchange(fd, CLOSED));  // it is gone whatever the system says
 
     int result = PERR_OK;
     if (flags == OPEN_SAFE_WRITE) {
+        // Nothing can be moved; what is left of the names stays, to tell which file it was.
         if (name.len() == 0 || tempName.len() == 0) return PERR_NOT_OPEN;
         if (PFile::rename(tempName, name) != PERR_OK) result = PERR_SYSTEM;
     }

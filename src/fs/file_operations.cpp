@@ -6,26 +6,22 @@
 
 #include <portinglayer/files.h>
 
+#include "fs/joined_name.h"
 #include "fs/narrow_path.h"
 
 namespace {
 
-constexpr int KIND_FILE = 0;
-constexpr int KIND_DIRECTORY = 1;
-constexpr int KIND_SPECIAL = 2;
-constexpr int KIND_COUNT = 3;
-constexpr int KIND_NONE = -1;
+constexpr int NO_KIND = -1;
 
 int _kindOf(mode_t mode) {
     switch (mode & S_IFMT) {
-    case S_IFREG: return KIND_FILE;
-    case S_IFDIR: return KIND_DIRECTORY;
+    case S_IFREG: return PFile::KIND_FILE;
+    case S_IFDIR: return PFile::KIND_DIRECTORY;
     case S_IFCHR:
     case S_IFBLK:
     case S_IFIFO:
-    case S_IFLNK:
-    case S_IFSOCK: return KIND_SPECIAL;
-    default: return KIND_NONE;
+    case S_IFSOCK: return PFile::KIND_SPECIAL;
+    default: return NO_KIND;  // what has no name but in /proc, such as an event counter
     }
 }
 
@@ -50,29 +46,18 @@ int _renameFailure(int error) {
     }
 }
 
-/// Removes one thing below a directory whose name ends with a slash.
-int _removeEntry(PString const& folder, PString const& entry) {
-    // Each step is checked: a name left half composed would be that of the folder.
-    PString child;
-    int result = child.set(folder, P_WHOLE_STRING);
-    if (result == PERR_OK) result = child.cat(entry);
-    if (result != PERR_OK) return result;
-    return PFile::check(child, KIND_DIRECTORY) ? PFile::removeAll(child) : PFile::pdelete(child);
-}
-
 /// Removes what a directory holds, until something cannot be removed or the listing ends.
 int _empty(PString const& path) {
-    PString folder;
-    int result = folder.set(path, P_WHOLE_STRING);
-    if (result == PERR_OK) result = folder.cat(L"/");
-    if (result != PERR_OK) return result;
-
     PDir listing;
     (void)listing.popen(path, PLiteral());  // unopened it gives no entry, and removal is tried
     for ((void)listing.preaddir(); listing == PERR_OK; ++listing) {
         PString const& entry = listing.getEntry();
         if (entry == L"." || entry == L"..") continue;
-        result = _removeEntry(folder, entry);
+
+        PString child;
+        if (_joinName(child, {path, L"/", entry}) != PERR_OK) return PERR_NO_MEMORY;
+        bool const isFolder = PFile::check(child, PFile::KIND_DIRECTORY);
+        int const result = isFolder ? PFile::removeAll(child) : PFile::pdelete(child);
         if (result != PERR_OK) return result;
     }
     return PERR_OK;
@@ -83,14 +68,14 @@ int _empty(PString const& path) {
 bool PFile::exists(PLiteral const& name) {
     if (name.len() == 0) return false;
     NarrowPath const path(name);
-    return _onPath(path.get(), [](char const* p) { return access(p, F_OK); }) == 0;
+    return _isName(path.get()) && access(path.get(), F_OK) == 0;
 }
 
 bool PFile::check(PLiteral const& name, int kind) {
-    if (kind < 0 || kind >= KIND_COUNT || name.len() == 0) return false;
+    if (kind < KIND_FILE || kind > KIND_SPECIAL || name.len() == 0) return false;
     NarrowPath const path(name);
     struct stat facts;
-    if (_onPath(path.get(), [&](char const* p) { return stat(p, &facts); }) != 0)
+    if (!_isName(path.get()) || stat(path.get(), &facts) != 0)
         return true;  // what cannot be examined passes every test; callers ask for existence first
     return _kindOf(facts.st_mode) == kind;
 }
@@ -98,7 +83,7 @@ bool PFile::check(PLiteral const& name, int kind) {
 int PFile::pdelete(PLiteral const& name) {
     if (name.len() == 0) return PERR_INVALID_ARGUMENT;
     NarrowPath const path(name);
-    if (_onPath(path.get(), [](char const* p) { return unlink(p); }) == 0) return PERR_OK;
+    if (_isName(path.get()) && unlink(path.get()) == 0) return PERR_OK;
     return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_DELETE;
 }
 
@@ -106,16 +91,14 @@ int PFile::rename(PLiteral const& from, PLiteral const& to) {
     if (from.len() == 0 || to.len() == 0) return PERR_INVALID_ARGUMENT;
     NarrowPath const source(from);
     NarrowPath const target(to);
-    int const renamed = _onPath(source.get(), [&](char const* oldName) {
-        return _onPath(target.get(),
-                       [&](char const* newName) { return ::rename(oldName, newName); });
-    });
-    return renamed == 0 ? PERR_OK : _renameFailure(errno);
+    if (!_isName(source.get()) || !_isName(target.get())) return _renameFailure(errno);
+    return ::rename(source.get(), target.get()) == 0 ? PERR_OK : _renameFailure(errno);
 }
 
 int PFile::removeAll(PLiteral const& name) {
     PString path;
-    if (path.set(name, P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
+    // Up to its first zero: what is put behind one would not be seen by the system.
+    if (path.set(name.ptr(), P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
     (void)PUtils::fixFileSeparator(path);  // cannot fail
     if (path.endsWith(L"/", P_WHOLE_STRING, false))
         (void)path.erase(path.len() - 1, 1);  // the range is there

@@ -6,18 +6,21 @@
 
 #include <portinglayer/libraries.h>
 
+#include "sync/uncancelled.h"
 #include "text/narrow_text.h"
 
 PLibrary::PLibrary() : unloadOnDestroy(true), handle(nullptr) {
 }
 
 PLibrary::~PLibrary() {
+    Uncancelled const untilUnloaded;
     if (handle != nullptr && unloadOnDestroy) (void)dlclose(handle);  // nobody is left to be told
     handle = nullptr;
 }
 
 int PLibrary::load(PLiteral const& newName, PLibrary*& library, bool unload) {
     NarrowText const file(newName);
+    Uncancelled const untilLoaded;  // the loader holds its lock while a library starts up
     void* const loaded = dlopen(file.get(), RTLD_LAZY);  // null names the main program
     if (loaded == nullptr) {
         (void)fprintf(stderr,

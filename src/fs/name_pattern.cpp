@@ -4,21 +4,23 @@
 
 #include <algorithm>
 
-// fnmatch converts pattern and name at every call. For plain patterns and names of ASCII only, which
-// is nearly all of them, comparing characters gives the same answer.
+#include "text/narrow_text.h"
+
+// fnmatch converts pattern and name at every call. For ordinary patterns and names of ASCII
+// only, which is nearly all of them, comparing characters gives the same answer.
 
 namespace {
 
 /// Letters, digits and few others: every locale's codeset has them at the same bytes, and none of
 /// them but "*" and "?" has a meaning in a pattern.
-bool _isPlain(wchar_t c) {
+bool _isOrdinary(wchar_t c) {
     return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') ||
            c == L'*' || c == L'?' || c == L'.' || c == L'_' || c == L'-';
 }
 
-bool _isPlain(PLiteral const& pattern) {
+bool _isOrdinary(PLiteral const& pattern) {
     return std::all_of(pattern.ptr(), pattern.ptr() + pattern.len(),
-                       [](wchar_t c) { return _isPlain(c); });
+                       [](wchar_t c) { return _isOrdinary(c); });
 }
 
 bool _isAscii(char const* name) {
@@ -28,7 +30,7 @@ bool _isAscii(char const* name) {
 }
 
 /// Matches from the left; after a mismatch the last "*" takes one character more.
-bool _matchesPlain(wchar_t const* pattern, char const* name) {
+bool _matchesOrdinary(wchar_t const* pattern, char const* name) {
     wchar_t const* star = nullptr;
     char const* taken = nullptr;  // end of what the last star takes
     while (*name != '\0') {
@@ -48,18 +50,10 @@ bool _matchesPlain(wchar_t const* pattern, char const* name) {
     return *pattern == L'\0';
 }
 
-bool _matchesAny(NarrowText const& pattern, char const* name) {
-    return pattern.get() != nullptr &&
-           fnmatch(pattern.get(), name, FNM_PATHNAME | FNM_NOESCAPE) == 0;
-}
-
 }  // namespace
 
-NamePattern::NamePattern(PLiteral const& pattern)
-    : wide(pattern), plain(_isPlain(pattern)), text(plain ? PLiteral() : pattern) {
-}
-
-bool NamePattern::matches(char const* name) const {
-    if (!plain) return _matchesAny(text, name);
-    return _isAscii(name) ? _matchesPlain(wide.ptr(), name) : _matchesAny(NarrowText(wide), name);
+bool _matchesPattern(PLiteral const& pattern, char const* name) {
+    if (_isOrdinary(pattern) && _isAscii(name)) return _matchesOrdinary(pattern.ptr(), name);
+    NarrowText const text(pattern);
+    return text.get() != nullptr && fnmatch(text.get(), name, FNM_PATHNAME | FNM_NOESCAPE) == 0;
 }

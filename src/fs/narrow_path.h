@@ -23,13 +23,11 @@ private:
     NarrowText text;
 };
 
-/// Makes a system call on a name and returns its result. A null name, which the C library may not
-/// be handed, fails as the kernel would have it fail.
-template <typename Call>
-int _onPath(char const* path, Call call) {
-    if (path != nullptr) return call(path);
-    errno = EFAULT;
-    return -1;
+/// Whether there is a name to make a system call with. Where there is none, `errno` says what the
+/// kernel says of a null name, which the C library may not be handed.
+inline bool _isName(char const* path) {
+    if (path == nullptr) errno = EFAULT;
+    return path != nullptr;
 }
 
 #endif
