@@ -17,5 +17,11 @@ set(gdb_folder ${CMAKE_INSTALL_LIBDIR})
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(gdb_folder ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
 endif()
-install(FILES ${PROJECT_BINARY_DIR}/gdb_printers.py DESTINATION ${gdb_folder}
-  RENAME libtalvl.portinglayer.so.${PROJECT_VERSION}-gdb.py COMPONENT development)
+set(gdb_name libtalvl.portinglayer.so.${PROJECT_VERSION}-gdb.py)
+get_target_property(kind portinglayer TYPE)
+if(NOT kind STREQUAL SHARED_LIBRARY)  # within a program, gdb is told: source FILE
+  set(gdb_folder ${CMAKE_INSTALL_DATADIR}/portinglayer)
+  set(gdb_name gdb_printers.py)
+endif()
+install(FILES ${PROJECT_BINARY_DIR}/gdb_printers.py DESTINATION ${gdb_folder} RENAME ${gdb_name}
+  COMPONENT development)
