@@ -1,5 +1,6 @@
 #include <portinglayer/data_streams.h>
 
+#include "data/growth.h"
 #include "data/wire.h"
 
 namespace {
@@ -15,20 +16,16 @@ struct _EndiannessInitHelper {
 
 _EndiannessInitHelper const _endiannessInit;
 
-/// Stays out of what is flattened below: few appends come here.
-[[gnu::noinline]] void _appendGrowing(std::vector<unsigned char>& data, unsigned char byte) {
-    data.push_back(byte);
-}
-
-/// Flattened: appending where room is left must not cost the vector's call for making room.
+/// Flattened, since a call of the vector for each integer would take twice the time.
 template <typename Integer>
 [[gnu::flatten]] void _append(std::vector<unsigned char>& data, Integer value) {
     unsigned char bytes[sizeof value];
     _store(bytes, value);
-    if (data.capacity() - data.size() >= sizeof bytes)
+    try {
         data.insert(data.end(), bytes, bytes + sizeof bytes);
-    else  // what finds room stays when there is no memory for the rest
-        for (unsigned char const byte : bytes) _appendGrowing(data, byte);
+    } catch (std::bad_alloc const&) {
+        for (unsigned char const byte : bytes) data.push_back(byte);  // what finds room stays
+    }
 }
 
 }  // namespace
@@ -87,6 +84,15 @@ int PDataReader::getQword(unsigned long long& value) {
     return get(value);
 }
 
+/// Reads a marker and the 4 bytes behind it; consumes nothing unless both are there.
+int PDataReader::getTagged(unsigned char tag, unsigned int& value) {
+    if (_left(data, offset) < TAGGED_BYTES) return PERR_DATA_SHORT;
+    if (data[offset] != tag) return PERR_DATA_MARKER;
+    value = _load<unsigned int>(data.data() + offset + 1);
+    offset += TAGGED_BYTES;
+    return PERR_OK;
+}
+
 PDataWriter::PDataWriter(std::vector<unsigned char>& bytes) : data(bytes) {
 }
 
@@ -118,6 +124,14 @@ void PDataWriter::appendLong(long long value) {
 
 void PDataWriter::appendQword(unsigned long long value) {
     _append(data, value);
+}
+
+int PDataWriter::appendTagged(unsigned char tag, unsigned int value) {
+    unsigned char* const item = _extend(data, TAGGED_BYTES);
+    if (item == nullptr) return PERR_NO_MEMORY;
+    item[0] = tag;
+    _store(item + 1, value);
+    return PERR_OK;
 }
 
 void PDataWriter::eraseData() {

@@ -2,25 +2,8 @@
 
 #include <portinglayer/data_streams.h>
 
+#include "data/growth.h"
 #include "data/wire.h"
-
-/// Reads a marker and the 4 bytes behind it; consumes nothing unless both are there.
-int PDataReader::getTagged(unsigned char tag, unsigned int& value) {
-    if (_left(data, offset) < TAGGED_BYTES) return PERR_DATA_SHORT;
-    unsigned char const* const item = data.data() + offset;
-    if (item[0] != tag) return PERR_DATA_MARKER;
-    value = _load<unsigned int>(item + 1);
-    offset += TAGGED_BYTES;
-    return PERR_OK;
-}
-
-int PDataWriter::appendTagged(unsigned char tag, unsigned int value) {
-    unsigned char* const item = _extend(data, TAGGED_BYTES);
-    if (item == nullptr) return PERR_NO_MEMORY;
-    item[0] = tag;
-    _store(item + 1, value);
-    return PERR_OK;
-}
 
 PDataFormaterUtils::PDataFormaterUtils() = default;
 
@@ -67,15 +50,10 @@ int PDataFormaterUtils::writePTargetInfoArray(PDataWriter& writer,
 int PDataFormaterUtils::readPTargetInfoArray(PDataReader& reader, std::vector<PTargetInfo>& list) {
     unsigned int count = 0;
     int result = reader.getTagged(NUMBER_TAG, count);
-    for (unsigned int i = 0; result == PERR_OK && i < count; ++i) {
+    for (; result == PERR_OK && count > 0; --count) {
         PTargetInfo info;
         result = readPTargetInfo(reader, info);
-        if (result != PERR_OK) break;
-        try {
-            list.push_back(std::move(info));
-        } catch (std::bad_alloc const&) {
-            result = PERR_NO_MEMORY;
-        }
+        if (result == PERR_OK) result = _appendRead(list, std::move(info));
     }
     return result;
 }

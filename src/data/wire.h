@@ -3,7 +3,6 @@
 #define PORTINGLAYER_DATA_WIRE_H
 
 #include <cstddef>
-#include <new>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -42,18 +41,6 @@ void _store(unsigned char* to, Integer value) {
 /// sum of a position and a length from a stream can wrap.
 inline std::size_t _left(std::vector<unsigned char> const& bytes, std::size_t offset) {
     return offset < bytes.size() ? bytes.size() - offset : 0;
-}
-
-/// Makes the vector longer by `count` zero bytes; returns the first of them, or null where there is
-/// no memory for them.
-inline unsigned char* _extend(std::vector<unsigned char>& bytes, std::size_t count) noexcept {
-    std::size_t const old = bytes.size();
-    try {
-        bytes.resize(old + count);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
-    return bytes.data() + old;
 }
 
 #endif

@@ -99,6 +99,10 @@ Progress<char, wchar_t> _widenRun(char const* from, wchar_t* to, wchar_t* toEnd,
 
 }  // namespace
 
+bool _keepsAscii() {
+    return _codeset() != Codeset::OTHER;
+}
+
 std::size_t _narrow(char* out, wchar_t const* s, std::size_t limit) {
     Codeset const codeset = _codeset();
     if (codeset == Codeset::OTHER) return wcstombs(out, s, limit);

@@ -8,6 +8,9 @@
 /// What both conversions return for text that the locale cannot express.
 constexpr std::size_t MULTIBYTE_FAILED = static_cast<std::size_t>(-1);
 
+/// Whether the locale is known to keep every character of ASCII, and no other, at its own byte.
+bool _keepsAscii();
+
 /// As wcstombs(out, s, limit): converts up to the terminator of `s` or until the next character does
 /// not fit in `limit` bytes. Returns the bytes written, terminator not counted, or MULTIBYTE_FAILED.
 /// A terminator is written only when the text ended before `limit` bytes were used.

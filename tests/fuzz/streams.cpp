@@ -112,15 +112,40 @@ int _step(PDataReader& reader, unsigned int operation, Read& read) {
     }
 }
 
+/// The bytes of a text as a stream carries them, made in the plainest way; none where it is refused.
+Bytes _plainBytes(std::wstring const& text) {
+    std::string made(text.size() + 8, '\0');
+    std::size_t const converted = wcstombs(made.data(), text.c_str(), text.size());
+    if (converted == 0 || converted > text.size()) return {};
+    made.resize(converted);
+    made.resize(text.size());
+    return {made.begin(), made.end()};
+}
+
+/// Writes a text made of bytes: of ASCII, and of what takes one to four bytes or none.
+void _checkWriting(Bytes const& from) {
+    static wchar_t const others[] = L"\u00a2\u00e9\u3042\u20ac\U0001f600\xd800";
+    std::wstring text;
+    for (unsigned char const byte : from)
+        text += byte < 0xC0 ? static_cast<wchar_t>(byte % 0x80) : others[byte % 6];
+    Bytes bytes;
+    int const code = PDataWriter(bytes).decodeUtf8({text.data(), text.size()}, bytes);
+    if (bytes != _plainBytes(text) || code != (bytes.empty() ? PERR_DATA_ENCODE : PERR_OK))
+        throw std::runtime_error("another result of writing");
+}
+
 }  // namespace
 
-/// Byte 0 picks the locale, the next 8 bytes are operations; the stream follows.
+/// Byte 0 picks the locale, the next 8 bytes are operations and a text to write; the stream follows.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size) {
     if (size < 9) return 0;
-    setlocale(LC_CTYPE, input[0] % 2 == 0 ? "C" : "C.UTF-8");
+    char const* const locales[] = {"C", "C.UTF-8", "SHIFT_JIS"};  // the last is not everywhere
+    setlocale(LC_CTYPE, locales[input[0] % 3]);
+    Bytes const operations(input + 1, input + 9);
+    _checkWriting(operations);
     Bytes stream(input + 9, input + size);
     PDataReader reader(stream);
-    for (unsigned char const operation : Bytes(input + 1, input + 9)) {
+    for (unsigned char const operation : operations) {
         // Some start near the beginning or near 2^64, some find a stream that has grown.
         if (operation >= 200) reader.setOffset(operation - 220UL);
         if (operation % 16 == 0) PDataWriter(stream).appendByte(operation);

@@ -1,0 +1,96 @@
+#include <data/bytes.h>
+#include <portinglayer/data_streams.h>
+#include <support/expect.h>
+
+static_assert(sizeof(PAddress) == 48);
+static_assert(sizeof(PTargetID) == 32);
+static_assert(sizeof(PTargetInfo) == 80);
+static_assert(sizeof(PDataFormaterUtils) == 8);
+
+namespace {
+
+using Records = PDataFormaterUtils;
+
+PTargetInfo record(wchar_t const* name, unsigned int id, wchar_t const* primary,
+                   wchar_t const* secondary) {
+    return {{PLiteral(name), id}, {PLiteral(primary), PLiteral(secondary)}};
+}
+
+std::string const AB = "09 85 00 00 00 02 61 62 07 00 00 01 02";      // name ab, number 258
+std::string const P_Q = "09 85 00 00 00 01 70 09 85 00 00 00 01 71";  // address p and q
+std::string const EMPTY = "09 85 00 00 00 00";
+
+}  // namespace
+
+TEST(Record, IsCarriedMemberByMember) {
+    Bytes data;
+    PDataWriter writer(data);
+    EXPECT_CODE(PERR_OK, Records::writePTargetInfo(writer, record(L"ab", 258, L"p", L"q")));
+    EXPECT_EQ(AB + " " + P_Q, hex(data));
+
+    PDataReader reader(data);
+    PTargetInfo info{};
+    EXPECT_CODE(PERR_OK, Records::readPTargetInfo(reader, info));
+    EXPECT_TEXT(L"ab", info.targetId.name);
+    EXPECT_EQ(258U, info.targetId.id);
+    EXPECT_TEXT(L"p", info.address.primary);
+    EXPECT_TEXT(L"q", info.address.secondary);
+    EXPECT_EQ(data.size(), reader.getOffset());
+}
+
+TEST(Record, KeepsTheMembersReadBeforeOneThatFails) {
+    struct {
+        char const* what;
+        std::string end;  // behind the name
+        int code;
+    } const rows[] = {
+        {"another marker than that of a number", " 08 00 00 00 01", PERR_DATA_MARKER},
+        {"a cut number", " 07 00 00 01", PERR_DATA_SHORT},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes const data = bytes(EMPTY + row.end);
+        PDataReader reader(data);
+        PTargetID target{PLiteral(L"old"), 42};
+        EXPECT_CODE(row.code, Records::readPTargetID(reader, target));
+        EXPECT_TEXT(L"", target.name);
+        EXPECT_EQ(42U, target.id);
+        EXPECT_EQ(6U, reader.getOffset()) << "at the marker of the number";
+    }
+}
+
+TEST(RecordList, IsWrittenUpToTheTextThatFailsAndNothingIsTakenBack) {
+    Bytes data;
+    PDataWriter writer(data);
+    PTargetInfo const good = record(L"ab", 258, L"p", L"q");
+    PTargetInfo const bad = record(L"ab", 258, L"\xd800", L"q");
+    EXPECT_CODE(PERR_DATA_ENCODE, Records::writePTargetInfoArray(writer, {good, bad, good}));
+    EXPECT_EQ("07 00 00 00 03 " + AB + " " + P_Q + " " + AB, hex(data));
+}
+
+TEST(RecordList, IsReadBehindWhatTheListHolds) {
+    std::string const one = " " + AB + " " + P_Q;
+    struct {
+        char const* what;
+        std::string stream;
+        int code;
+        std::size_t added, position;
+    } const rows[] = {
+        {"empty at the end", "07 00 00 00 00", PERR_OK, 0, 5},
+        {"a cut count", "07 00 00 00", PERR_DATA_SHORT, 0, 0},
+        {"another marker", "08 00 00 00 00", PERR_DATA_MARKER, 0, 0},
+        {"two", "07 00 00 00 02" + one + one + " FF", PERR_OK, 2, 59},
+        {"the second cut", "07 00 00 00 02" + one + " " + EMPTY, PERR_DATA_SHORT, 1, 38},
+        {"the second of another kind", "07 00 00 00 02" + one + " 85", PERR_DATA_MARKER, 1, 33},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes const data = bytes(row.stream);
+        PDataReader reader(data);
+        std::vector<PTargetInfo> list{record(L"kept", 1, L"", L"")};
+        EXPECT_CODE(row.code, Records::readPTargetInfoArray(reader, list));
+        EXPECT_EQ(1 + row.added, list.size());
+        EXPECT_TEXT(L"kept", list.front().targetId.name);
+        EXPECT_EQ(row.position, reader.getOffset());
+    }
+}

@@ -1,0 +1,44 @@
+#include <algorithm>
+#include <random>
+
+#include <data/bytes.h>
+#include <gtest/gtest.h>
+#include <support/locales.h>
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size);
+
+namespace {
+
+/// What picks the locale and the operations, then items of streams, most of them whole and some cut,
+/// with the length of one character now and then.
+Bytes arbitraryItems(std::mt19937& random) {
+    static char const* const record =
+        "\x09\x85zzz\x01p\x07zzz\x03\x09\x85zzz\x01q\x09\x85zzz\x02rs";
+    static char const* const parts[] = {
+        record,     "\x07zzz\x01", "\x89zzz\x02", "\x89zzzz", "\x89\xFF\xFF\xFF\xFF",
+        "\x85zzz",  "\x09\x85zzz", "\x85zz\x01z", "\xC3\xA9", "\xE2\x82",
+        "\x82\xA0", "u",           "\x09",        "z",        "\x01",
+        "\xFF"};
+    Bytes made(9);
+    std::ranges::generate(made, [&] { return static_cast<unsigned char>(random()); });
+    while (random() % 8 != 0) {
+        std::string const part = parts[random() % std::size(parts)];
+        made.insert(made.end(), part.begin(), part.end());
+        if (random() % 16 == 0) made.insert(made.end(), 260, 'a');
+    }
+    std::ranges::replace(made, 'z', '\0');  // no zero byte in a literal
+    return made;
+}
+
+}  // namespace
+
+TEST(Streams, AgreeWithAPlainModelOnArbitraryBytesInThreeLocales) {
+    MadeLocale const japanese("SHIFT_JIS");  // found by its name, as C and C.UTF-8 are
+    unsigned int const seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    for (int round = 0; round < 30000; ++round) {
+        Bytes const input = arbitraryItems(random);
+        ASSERT_NO_THROW(LLVMFuzzerTestOneInput(input.data(), input.size())) << hex(input);
+    }
+}

@@ -1,0 +1,188 @@
+#include <data/bytes.h>
+#include <portinglayer/data_streams.h>
+#include <support/expect.h>
+#include <support/locales.h>
+
+namespace {
+
+/// Texts beyond ASCII are converted in a locale of UTF-8.
+struct Utf8 : testing::Test {
+    Utf8() { EXPECT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8")); }
+};
+using StringItem = Utf8;
+using StringList = Utf8;
+using Conversion = Utf8;
+
+PString text(std::wstring const& characters) {
+    return {characters.data(), characters.size()};
+}
+
+std::vector<std::wstring> contents(std::vector<PString> const& list) {
+    std::vector<std::wstring> texts;
+    for (PString const& element : list) texts.emplace_back(view(element));
+    return texts;
+}
+
+}  // namespace
+
+TEST_F(StringItem, IsWrittenWithOneByteForEachCharacterOrNotAtAll) {
+    struct {
+        char const* what;
+        std::wstring text;
+        int code;
+        char const* written;
+    } const rows[] = {
+        {"empty", L"", PERR_OK, "09 85 00 00 00 00"},
+        {"ASCII", L"abc", PERR_OK, "09 85 00 00 00 03 61 62 63"},
+        {"a character that does not fit", L"a\u00e9", PERR_OK, "09 85 00 00 00 02 61 00"},
+        {"one that does", L"\u20acxyz", PERR_OK, "09 85 00 00 00 04 E2 82 AC 78"},
+        {"a zero", {L'a', L'\0', L'b'}, PERR_OK, "09 85 00 00 00 03 61 00 00"},
+        {"nothing that fits", L"\u00e9", PERR_DATA_ENCODE, ""},
+        {"no character", L"ab\xd800", PERR_DATA_ENCODE, ""},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes data;
+        EXPECT_CODE(row.code, PDataWriter(data).writeString(text(row.text)));
+        EXPECT_EQ(row.written, hex(data));
+    }
+}
+
+TEST_F(StringItem, IsReadUpToItsFirstZeroAndFailsWhereItStops) {
+    struct {
+        char const* what;
+        char const* stream;
+        int code;
+        std::wstring text;
+        unsigned long position;
+    } const rows[] = {
+        {"nothing", "", PERR_DATA_SHORT, L"kept", 0},
+        {"another marker", "0A 09 85 00 00 00 00", PERR_DATA_MARKER, L"kept", 1},
+        {"no length", "09 85 00 00 00", PERR_DATA_SHORT, L"kept", 1},
+        {"no text block", "09 84 00 00 00 00", PERR_DATA_MARKER, L"kept", 1},
+        {"a cut payload", "09 85 00 00 00 05 61 62", PERR_DATA_SHORT, L"kept", 6},
+        {"a huge length", "09 85 FF FF FF FF 61", PERR_DATA_SHORT, L"kept", 6},
+        {"empty", "09 85 00 00 00 00", PERR_OK, L"", 6},
+        {"whole", "09 85 00 00 00 03 61 62 63 64", PERR_OK, L"abc", 9},
+        {"a zero", "09 85 00 00 00 03 61 00 62", PERR_OK, L"a", 9},
+        {"beyond ASCII", "09 85 00 00 00 03 C3 A9 62", PERR_OK, L"\u00e9b", 9},
+        {"a zero first", "09 85 00 00 00 02 00 61", PERR_DATA_DECODE, L"kept", 8},
+        {"no character", "09 85 00 00 00 02 61 FF", PERR_DATA_DECODE, L"kept", 8},
+        {"one that goes on behind", "09 85 00 00 00 01 C3 A9", PERR_DATA_DECODE, L"kept", 7},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes const data = bytes(row.stream);
+        PDataReader reader(data);
+        PString read = text(L"kept");
+        EXPECT_CODE(row.code, reader.readString(read));
+        EXPECT_TEXT(row.text, read);
+        EXPECT_EQ(row.position, reader.getOffset());
+    }
+}
+
+TEST_F(StringList, IsWrittenAsItsCountAndItsTextBlocksAndNothingIsTakenBack) {
+    struct {
+        char const* what;
+        std::vector<PString> list;
+        int code;
+        char const* written;
+    } const rows[] = {
+        {"empty", {}, PERR_OK, "89 00 00 00 00"},
+        {"two",
+         {text(L"a"), text(L"")},
+         PERR_OK,
+         "89 00 00 00 02 85 00 00 00 01 61 85 00 00 00 00"},
+        {"the second fails",
+         {text(L"a"), text(L"\u00e9"), text(L"b")},
+         PERR_DATA_ENCODE,
+         "89 00 00 00 03 85 00 00 00 01 61"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes data;
+        EXPECT_CODE(row.code, PDataWriter(data).writeStrings(row.list));
+        EXPECT_EQ(row.written, hex(data));
+    }
+}
+
+TEST_F(StringList, IsReadBehindWhatTheListHoldsAndTriesEveryElement) {
+    using Texts = std::vector<std::wstring>;
+    struct {
+        char const* what;
+        char const* stream;
+        int code;
+        Texts texts;
+        unsigned long position;
+    } const rows[] = {
+        {"nothing", "", PERR_DATA_SHORT, {}, 0},
+        {"another marker", "88 00 00 00 00", PERR_DATA_MARKER, {}, 1},
+        {"a cut count", "89 00 00 00", PERR_DATA_SHORT, {}, 1},
+        {"empty at the end", "89 00 00 00 00", PERR_DATA_SHORT, {}, 5},
+        {"empty before more", "89 00 00 00 00 FF", PERR_OK, {}, 5},
+        {"whole", "89 00 00 00 02 85 00 00 00 01 61 85 00 00 00 00", PERR_OK, {L"a", L""}, 16},
+        {"another marker later",
+         "89 00 00 00 02 85 00 00 00 01 61 09",
+         PERR_DATA_SHORT,
+         {L"a"},
+         11},
+        {"no text block", "89 00 00 00 02 09 85 00 00 00 00", PERR_DATA_MARKER, {}, 5},
+        {"a huge count", "89 FF FF FF FF 85 00 00 00 00", PERR_DATA_SHORT, {L""}, 10},
+        {"the first cut, the second found in it",
+         "89 00 00 00 02 85 00 00 00 09 85 00 00 00 01 62",
+         PERR_OK,
+         {L"b"},
+         16},
+        {"the first unreadable",
+         "89 00 00 00 02 85 00 00 00 01 FF 85 00 00 00 00",
+         PERR_DATA_DECODE,
+         {},
+         11},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes const data = bytes(row.stream);
+        PDataReader reader(data);
+        std::vector<PString> list{text(L"kept")};
+        EXPECT_CODE(row.code, reader.readStrings(list));
+        Texts expected{L"kept"};
+        expected.insert(expected.end(), row.texts.begin(), row.texts.end());
+        EXPECT_EQ(expected, contents(list));
+        EXPECT_EQ(row.position, reader.getOffset());
+    }
+}
+
+TEST_F(Conversion, UsesNothingOfItsObjectAndRefusesWhatIsEmpty) {
+    Bytes own = bytes("01"), made = bytes("02");
+    PDataWriter writer(own);
+    PDataReader reader(own);
+    PString read;
+    EXPECT_CODE(PERR_OK, writer.decodeUtf8(text(L"a\u00e9"), made));
+    EXPECT_CODE(PERR_DATA_ENCODE, writer.decodeUtf8(PString(), made));
+    EXPECT_EQ("02 61 00", hex(made));
+    EXPECT_CODE(PERR_OK, reader.encodeUtf8(bytes("C3 A9"), read));
+    EXPECT_CODE(PERR_DATA_DECODE, reader.encodeUtf8({}, read));
+    EXPECT_TEXT(L"\u00e9", read);
+    EXPECT_EQ("01", hex(own));
+    EXPECT_EQ(0U, reader.getOffset());
+}
+
+TEST(ConversionInOtherCodesets, LeavesZerosWhereACharacterDoesNotFit) {
+    struct {
+        char const* codeset;
+        std::wstring text;
+        int code;
+        char const* converted;
+    } const rows[] = {
+        {"SHIFT_JIS", L"a\u00a2", PERR_OK, "61 00"},   {"EUC-KR", L"a\u3042", PERR_OK, "61 00"},
+        {"GB_1988-80", L"a$", PERR_DATA_ENCODE, ""},   {"DIN_66003", L"a\u00e4", PERR_OK, "61 7B"},
+        {"EBCDIC-AT-DE", L"abc", PERR_OK, "81 82 83"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.codeset);
+        MadeLocale const locale(row.codeset);
+        Bytes made;
+        EXPECT_CODE(row.code, PDataWriter(made).decodeUtf8(text(row.text), made));
+        EXPECT_EQ(row.converted, hex(made));
+    }
+}
