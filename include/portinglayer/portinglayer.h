@@ -3,6 +3,7 @@
 #ifndef PORTINGLAYER_PORTINGLAYER_H
 #define PORTINGLAYER_PORTINGLAYER_H
 
+#include <portinglayer/commands.h>
 #include <portinglayer/counters.h>
 #include <portinglayer/data_streams.h>
 #include <portinglayer/file_locks.h>

@@ -6,7 +6,9 @@
 
 #include <utility>
 
-/// Closing is a cancellation point: whoever ends one of these holds cancellation back.
+#include "sync/uncancelled.h"
+
+/// Closing it is no cancellation point.
 class Descriptor {
 public:
     explicit Descriptor(int number = -1) : fd(number) {}
@@ -24,7 +26,10 @@ public:
     int release() { return std::exchange(fd, -1); }
 
     /// What the system says of it; the descriptor is gone in any case.
-    int close() { return fd == -1 ? 0 : ::close(std::exchange(fd, -1)); }
+    int close() {
+        Uncancelled const untilClosed;
+        return fd == -1 ? 0 : ::close(std::exchange(fd, -1));
+    }
 
 private:
     int fd;

@@ -36,7 +36,10 @@ bool _sweepPoint(Sweep const& swept, int nth, bool lasting) {
     std::pair<long, int> const held = _held();
     swept.before();
     int const code = runFailing(nth, lasting, swept.operation);
-    if (!fault.fired) return false;
+    if (!fault.fired) {
+        swept.after(code);
+        return false;
+    }
     EXPECT_TRUE(code == PERR_OK || swept.codes.contains(code)) << "gave " << codeName(code);
     swept.after(code);
     _expectToWork(swept);

@@ -1,0 +1,44 @@
+/// How long a wait may still last.
+#ifndef PORTINGLAYER_PROCESS_DEADLINE_H
+#define PORTINGLAYER_PROCESS_DEADLINE_H
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include <portinglayer/commands.h>
+
+/// A moment of the monotonic clock, or none.
+class Deadline {
+public:
+    explicit Deadline(unsigned int milliseconds)
+        : endless(milliseconds == PCommand::FOREVER),
+          end(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
+
+    bool isOver() const { return !endless && Clock::now() >= end; }
+
+    /// This one, or that of `milliseconds` from now if it comes first.
+    Deadline within(unsigned int milliseconds) const {
+        Deadline const other(milliseconds);
+        return endless || other.end < end ? other : *this;
+    }
+
+    /// What is left, in the place given, for a call of the system; null when there is no limit.
+    timespec const* left(timespec& place) const {
+        if (endless) return nullptr;
+        auto const nanoseconds =
+            std::max<std::chrono::nanoseconds>(end - Clock::now(), std::chrono::nanoseconds(0));
+        auto const seconds = std::chrono::duration_cast<std::chrono::seconds>(nanoseconds);
+        place.tv_sec = seconds.count();
+        place.tv_nsec = (nanoseconds - seconds).count();
+        return &place;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool endless;
+    Clock::time_point end;
+};
+
+#endif

@@ -1,0 +1,72 @@
+// What a command is refused by the system: its code is a documented one, no child, descriptor or
+// block is left, and the same object works afterwards.
+#include <csignal>
+#include <optional>
+
+#include <faults/interpose.h>
+#include <faults/sweep.h>
+#include <portinglayer/commands.h>
+#include <sys/wait.h>
+
+namespace {
+
+std::set<int> const CODES{PERR_NO_MEMORY, PERR_SYSTEM, PERR_NO_SUCH_FILE, PERR_NOT_SUPPORTED,
+                          PERR_REFUSED,   PERR_WRITE,  PERR_READ,         PERR_KILL};
+
+struct Swept : PCommand {
+    Swept() : PCommand(L"cat") {}
+
+    int set(bool foreground) {
+        return firstFailure({addArgument(L"-"),
+                             setEnvironment(L"NAME", L"a value that takes memory"),
+                             setWorkingDir(L"/usr/share/../../usr/share"),
+                             setStreams(PIPED, PIPED, DISCARDED), setForeground(foreground)});
+    }
+    int talk() {
+        char byte = 'b';
+        int const started = start();
+        if (started != PERR_OK) return started;
+        int const written = writeInput(&byte, 1);
+        int const read = written == PERR_OK ? readOutput(&byte, 1, done) : written;
+        return firstFailure({written, read, signal(SIGCONT), end(ending, 0)});
+    }
+    int runs() { return run("input", output, errors, ending, FOREVER); }
+
+    std::string output, errors;
+    unsigned long done = 0;
+    PEnding ending{};
+};
+
+}  // namespace
+
+TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
+    std::optional<Swept> command;
+    auto const fresh = [&] { command.emplace(); };
+    auto const works = [&](int) {
+        (void)command->end(command->ending, 0);
+        while (waitpid(-1, nullptr, 0) > 0) continue;  // where even that was refused
+        EXPECT_CODE(PERR_OK, firstFailure({command->set(false), command->talk(), command->runs()}));
+        command.reset();
+    };
+    auto const talk = [&](bool foreground) {
+        return [&, foreground] {
+            return firstFailure({command->set(foreground), command->talk()});
+        };
+    };
+    sweep({"PCommand: in the foreground", CODES, talk(true), fresh, works});
+    // The end walks over all processes: more of the same follows.
+    sweep({"PCommand: with its group", CODES, talk(false), fresh, works, 60});
+    sweep({"PCommand::run", CODES, [&] { return command->runs(); }, fresh, works});
+}
+
+// clang-format off
+INTERPOSE(pipe2, if (failsNow()) return -1)
+INTERPOSE(waitid, if (failsNow()) return -1)
+INTERPOSE(ppoll, if (failsNow()) return -1)
+INTERPOSE(syscall, if (failsNow()) return -1)
+INTERPOSE(faccessat, if (failsNow()) return -1)
+INTERPOSE(posix_spawn, if (failsNow()) return EIO)
+INTERPOSE(posix_spawn_file_actions_adddup2, if (failsNow()) return ENOMEM)
+INTERPOSE(posix_spawn_file_actions_addchdir_np, if (failsNow()) return ENOMEM)
+INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1) return -1)
+// clang-format on

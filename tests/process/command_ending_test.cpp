@@ -1,0 +1,123 @@
+// Commands: how they are awaited and ended.
+#include <chrono>
+
+#include <process/commands.h>
+#include <support/child_run.h>
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+TEST(CommandWait, TellsTheEndingOfThisChildAloneAsOftenAsItIsAsked) {
+    Shell exits(L"exit 255"), killed(L"kill -9 $$"), stopped(L"echo; kill -STOP $$");
+    EXPECT_CODE(PERR_NO_PROCESS, exits.wait(exits.ending, FOREVER));
+    ASSERT_CODE(PERR_OK, exits.start());
+    ASSERT_CODE(PERR_OK, killed.start());
+    stopped.startAndHear("\n");
+    EXPECT_CODE(PERR_PROCESS_RUNNING, stopped.wait(stopped.ending, 0));
+    auto const start = Clock::now();
+    EXPECT_CODE(PERR_PROCESS_RUNNING,
+                interrupted([&] { return stopped.wait(stopped.ending, 30); }));
+    EXPECT_GE(Clock::now() - start, milliseconds(30));
+    EXPECT_EQ((PEnding{7, 7}), stopped.ending);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_CODE(PERR_OK, killed.wait(killed.ending, FOREVER));
+        EXPECT_EQ((PEnding{-1, SIGKILL}), killed.ending);
+        EXPECT_CODE(PERR_OK, exits.wait(exits.ending, FOREVER));
+        EXPECT_EQ((PEnding{255, 0}), exits.ending);
+    }
+}
+
+TEST(CommandWait, QueriesOfProcessesTakeAnEndingInTheForegroundOnly) {
+    Shell shell(L"exit 3");
+    std::vector<unsigned int> ids;
+    for (auto const& [foreground, code] : {std::pair(false, PERR_OK), {true, PERR_NO_PROCESS}}) {
+        EXPECT_CODE(PERR_OK, shell.setForeground(foreground));
+        ASSERT_CODE(PERR_OK, shell.start());
+        siginfo_t info{};
+        (void)waitid(P_PID, shell.getPID(), &info, WEXITED | WNOWAIT);  // it has ended
+        EXPECT_CODE(PERR_OK, PProcess::listPIDs(ids));
+        EXPECT_CODE(code, shell.wait(shell.ending, FOREVER)) << foreground;
+        EXPECT_CODE(PERR_NO_PROCESS, shell.signal(SIGTERM));
+        EXPECT_CODE(code, shell.end(shell.ending, 0)) << foreground;
+    }
+    EXPECT_EQ((PEnding{3, 0}), shell.ending) << "of the first";
+}
+
+TEST(CommandSignal, GoesToTheChildAloneAndOnlyWhileThereIsOne) {
+    Shell shell(L"trap 'echo child; exit' USR1;"
+                L"(trap 'echo other' USR1; echo; sleep 0.3; echo nothing) & wait");
+    EXPECT_CODE(PERR_NO_PROCESS, shell.signal(SIGUSR1));
+    shell.startAndHear("\n");
+    for (int const number : {0, -1, 65}) EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.signal(number));
+    EXPECT_CODE(PERR_OK, shell.signal(SIGUSR1));
+    EXPECT_EQ("child\n", shell.read());
+    EXPECT_EQ("nothing\n", shell.read());
+}
+
+TEST(CommandEnd, EndsAGroupOfTwentyWithinItsGraceOrKillsItAfterwards) {
+    struct {
+        wchar_t const *before, *child, *after;
+        unsigned int grace;
+        int signal;
+        milliseconds least;
+    } const rows[] = {
+        {L"", L"sleep 60", L"", FOREVER, SIGTERM, milliseconds(0)},
+        {L"trap '' TERM;", L"sleep 0.3", L"trap - TERM;", FOREVER, SIGTERM, milliseconds(250)},
+        {L"trap '' TERM;", L"sleep 60", L"trap - TERM;", 100, SIGTERM, milliseconds(100)},
+        {L"trap '' TERM;", L"sleep 60", L"", 100, SIGKILL, milliseconds(100)},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.before << row.child << row.after);
+        std::wstring const twenty =
+            std::wstring(L"for n in $(seq 20); do ") + row.child + L"& done;";
+        Shell shell(row.before + twenty + row.after + L"echo; wait");
+        EXPECT_CODE(PERR_NO_PROCESS, shell.end(shell.ending, FOREVER));
+        shell.startAndHear("\n");
+        auto const start = Clock::now();
+        EXPECT_CODE(PERR_OK, shell.end(shell.ending, row.grace));
+        EXPECT_EQ("", shell.read()) << "none holds the output any more";
+        EXPECT_GE(Clock::now() - start, row.least);
+        EXPECT_LT(Clock::now() - start, milliseconds(20'000));
+        EXPECT_EQ((PEnding{-1, row.signal}), shell.ending);
+        EXPECT_CODE(PERR_OK, shell.end(shell.ending, 0));
+    }
+}
+
+TEST(CommandEnd, InTheForegroundMeetsTheChildAlone) {
+    Shell shell(L"(echo; sleep 0.3; echo left) & wait");
+    EXPECT_CODE(PERR_OK, shell.setForeground(true));
+    shell.startAndHear("\n");
+    EXPECT_CODE(PERR_OK, shell.end(shell.ending, FOREVER));
+    EXPECT_EQ((PEnding{-1, SIGTERM}), shell.ending);
+    EXPECT_EQ("left\n", shell.read());
+}
+
+TEST(CommandRun, FeedsAndReadsAnySizesAtOnceAndBearsInputThatNobodyReads) {
+    std::string const much(1 << 20, 'x');
+    Command tee(L"tee", {L"/dev/stderr"}), nothing(L"true"), some(L"head", {L"-c3"}), none(L"/no");
+    EXPECT_TRUE(interrupted([&] { return tee.outputOf(much); }) == much);
+    EXPECT_TRUE(tee.errors == much);
+    EXPECT_EQ("", nothing.outputOf(much));
+    EXPECT_EQ("xxx", some.outputOf(much));
+    EXPECT_CODE(PERR_NOT_OPEN, some.closeInput());
+    EXPECT_CODE(PERR_OK, some.wait(some.ending, 0));
+    EXPECT_CODE(PERR_NO_SUCH_FILE, none.run(much, none.output, none.errors, none.ending, FOREVER));
+    EXPECT_EQ("kept", none.output);
+}
+
+TEST(CommandRun, KillsTheGroupAtItsLimitAndTellsWhatCameUntilThen) {
+    for (auto const& [last, ending] :
+         {std::pair(L"wait", PEnding{-1, SIGKILL}), {L"exit 3", {3, 0}}}) {
+        int held[2];
+        ASSERT_EQ(0, pipe(held));  // its end for writing is inherited
+        Shell shell(std::wstring(L"echo out; echo errors >&2; sleep 60 & ") + last);
+        EXPECT_CODE(PERR_PROCESS_RUNNING,
+                    shell.run("", shell.output, shell.errors, shell.ending, 300));
+        EXPECT_EQ("out\nerrors\n", shell.output + shell.errors);
+        EXPECT_EQ(ending, shell.ending);
+        (void)close(held[1]);
+        char byte = 0;
+        EXPECT_EQ(0, ::read(held[0], &byte, 1)) << "the group has ended";
+        (void)close(held[0]);
+    }
+}

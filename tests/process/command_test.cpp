@@ -1,0 +1,221 @@
+// Commands: what is started, and what goes through its streams.
+#include <fcntl.h>
+#include <process/commands.h>
+#include <support/child_run.h>
+#include <support/scratch.h>
+
+static_assert(sizeof(PCommand) == sizeof(void*) && sizeof(PEnding) == 2 * sizeof(int));
+static_assert(!std::is_copy_constructible_v<PCommand> && !std::is_copy_assignable_v<PCommand>);
+
+namespace {
+
+/// Another PATH for the tests, or none.
+struct Path {
+    explicit Path(char const* path) : before(getenv("PATH")) {
+        (void)(path == nullptr ? unsetenv("PATH") : setenv("PATH", path, 1));
+    }
+    ~Path() { (void)setenv("PATH", before.c_str(), 1); }
+
+    std::string before;
+};
+
+}  // namespace
+
+TEST(CommandSettings, ArgumentsFolderAndTextsBeyondAsciiArriveAsTheyStand) {
+    Scratch const scratch;
+    std::filesystem::create_directory(scratch.path("\xC3\xA9 \\"));
+    Command shell(L"/bin/../bin/sh", {L"-c", L"pwd; tr '\\0' . </proc/$$/cmdline; echo $A", L"",
+                                      L" a  'b\"\t", L"\U0001F600"});
+    EXPECT_CODE(PERR_OK, shell.setWorkingDir((scratch.wpath("") + L"\xE9 \\").c_str()));
+    EXPECT_CODE(PERR_OK, shell.setEnvironment(L"A", L"\x263A=\\"));
+    std::string const said = shell.outputOf();
+    EXPECT_TRUE(said.starts_with(scratch.path("\xC3\xA9 \\\n/bin/../bin/sh.-c."))) << said;
+    EXPECT_TRUE(said.ends_with(".. a  'b\"\t.\xF0\x9F\x98\x80.\xE2\x98\xBA=\\\n")) << said;
+}
+
+TEST(CommandSettings, ChangesOfTheEnvironmentApplyInTheirOrderToThatOfTheStart) {
+    Command all(L"env"), none(L"/usr/bin/env");
+    EXPECT_CODE(PERR_OK, all.setEnvironment(L"PLT_SET", L"one"));
+    EXPECT_CODE(PERR_OK, all.unsetEnvironment(L"PLT_GONE"));
+    (void)setenv("PLT_GONE", "late", 1);
+    (void)setenv("PLT_SET", "late", 1);
+    (void)setenv("PLT_S", "late", 1);
+    std::string const said = all.outputOf();
+    EXPECT_NE(std::string::npos, said.find("\nPLT_S=late\n"));
+    EXPECT_NE(std::string::npos, said.find("\nPLT_SET=one\n"));
+    EXPECT_EQ(said.find("PLT_SET="), said.rfind("PLT_SET="));
+    EXPECT_EQ(std::string::npos, said.find("PLT_GONE="));
+
+    EXPECT_CODE(PERR_OK, none.setEnvironment(L"A", L"before"));
+    EXPECT_CODE(PERR_OK, none.clearEnvironment());
+    EXPECT_CODE(PERR_OK, none.setEnvironment(L"B", L"1"));
+    EXPECT_CODE(PERR_OK, none.setEnvironment(L"C", L""));
+    EXPECT_CODE(PERR_OK, none.setEnvironment(L"B", L"2"));
+    EXPECT_EQ("C=\nB=2\n", none.outputOf());
+}
+
+TEST(CommandSettings, WhatCannotBeTakenIsToldAndChangesNothing) {
+    Command echo(L"echo", {L"kept"});
+    PString const zero(L"a\0b", 3);
+    PLiteral const bad(L"\xD800"), good(L"a");
+    struct {
+        char const* what;
+        int code, given;
+    } const rows[] = {
+        {"argument with a zero", PERR_INVALID_ARGUMENT, echo.addArgument(zero)},
+        {"argument that is no text", PERR_BAD_FORMAT, echo.addArgument(bad)},
+        {"variable without name", PERR_INVALID_ARGUMENT, echo.setEnvironment(L"", good)},
+        {"variable with =", PERR_INVALID_ARGUMENT, echo.setEnvironment(L"a=b", good)},
+        {"value that is no text", PERR_BAD_FORMAT, echo.setEnvironment(good, bad)},
+        {"removed with =", PERR_INVALID_ARGUMENT, echo.unsetEnvironment(L"=")},
+        {"no folder", PERR_INVALID_ARGUMENT, echo.setWorkingDir(L"")},
+        {"stream below", PERR_INVALID_ARGUMENT, echo.setStreams(PIPED, -1, PIPED)},
+        {"stream above", PERR_INVALID_ARGUMENT, echo.setStreams(PIPED, PIPED, 3)},
+        {"no program", PERR_INVALID_ARGUMENT, PCommand(L"").start()},
+        {"program that is no text", PERR_BAD_FORMAT, PCommand(bad).start()},
+    };
+    for (auto const& row : rows) EXPECT_CODE(row.code, row.given) << row.what;
+    EXPECT_EQ("kept\n", echo.outputOf());
+}
+
+TEST(CommandStart, TellsWhyAProgramCannotRun) {
+    Scratch const scratch;
+    for (auto const& [name, content] : {std::pair("bare", "exit 0"), {"lost", "#!/nowhere/sh\n"}})
+        std::filesystem::permissions(scratch.write(name, content), std::filesystem::perms::all);
+    scratch.write("plain", "");
+    std::filesystem::create_directory(scratch.path("folder"));
+    std::wstring const here = scratch.wpath(""), endless(200'000, L'x');
+    struct {
+        std::wstring program, folder;
+        int code;
+    } const rows[] = {
+        {L"plt-no-such-program", L"/", PERR_NO_SUCH_FILE},
+        {L"/etc/passwd/sh", L"/", PERR_NO_SUCH_FILE},
+        {L"/bin/true", L"/nowhere", PERR_NO_SUCH_FILE},
+        {L"true", L"/etc/passwd", PERR_NO_SUCH_FILE},
+        {L"./lost", here, PERR_NO_SUCH_FILE},
+        {L"./plain", here, PERR_REFUSED},
+        {L"./bare", here, PERR_REFUSED},  // no shell is tried
+        {L"./folder", here, PERR_REFUSED},
+        {L"plain", L"/", PERR_REFUSED},  // along PATH
+        {L"folder", L"/", PERR_REFUSED},
+    };
+    Path const path((scratch.dir() + ":/bin").c_str());
+    for (auto const& row : rows) {
+        Command command(row.program.c_str());
+        EXPECT_CODE(PERR_OK, command.setWorkingDir(row.folder.c_str()));
+        EXPECT_CODE(row.code, command.start()) << row.program;
+        EXPECT_EQ(0U, command.getPID());
+    }
+    EXPECT_CODE(PERR_SYSTEM, Command(L"true", {endless.c_str()}).start());
+}
+
+TEST(CommandStart, LooksAlongTheFoldersOfPathButNeverInTheCurrentOne) {
+    Scratch const scratch;
+    std::string const tool = scratch.write("plt-tool", "#!/bin/sh\necho tool\n");
+    std::filesystem::permissions(tool, std::filesystem::perms::all);
+    std::filesystem::path const before = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.dir());
+    for (char const* const folders : {"", ":", ".", "./", "/bin::/usr/bin", ".:/bin:"}) {
+        Path const path(folders);
+        EXPECT_CODE(PERR_NO_SUCH_FILE, PCommand(L"plt-tool").start()) << folders;
+    }
+    std::filesystem::current_path(before);
+    {
+        Path const path(("/nowhere::/etc/passwd:" + scratch.dir()).c_str());
+        EXPECT_EQ("tool\n", Command(L"plt-tool").outputOf());
+    }
+    Path const none(nullptr);
+    EXPECT_EQ("from the default folders\n",
+              Command(L"echo", {L"from the default folders"}).outputOf());
+}
+
+TEST(CommandStart, GivesPlainSignalsAGroupAndOnlyWhatTheCallerLeftInheritable) {
+    Shell shell(L"cut -d' ' -f5 /proc/$$/stat; for n in 0 1 2 40 41 42; do "
+                L"[ -e /proc/$$/fd/$n ] && echo $n; done");
+    Command signals(L"grep", {L"-hE", L"Sig(Blk|Ign)", L"/proc/self/status"});
+    sigset_t before, all;
+    (void)sigfillset(&all);
+    (void)pthread_sigmask(SIG_SETMASK, &all, &before);
+    (void)std::signal(SIGUSR1, SIG_IGN);
+    EXPECT_EQ("SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n", signals.outputOf());
+    (void)std::signal(SIGUSR1, SIG_DFL);
+    (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+
+    int const open[] = {fcntl(0, F_DUPFD, 40), fcntl(0, F_DUPFD_CLOEXEC, 41)};
+    std::string const ownGroup = shell.outputOf();
+    EXPECT_EQ(std::to_string(shell.getPID()) + "\n0\n1\n2\n40\n", ownGroup);
+    EXPECT_CODE(PERR_OK, shell.setForeground(true));
+    EXPECT_EQ(std::to_string(getpgrp()) + "\n0\n1\n2\n40\n", shell.outputOf());
+    for (int const descriptor : open) (void)close(descriptor);
+}
+
+TEST(CommandStart, PipesWorkWhereTheCallerHasClosedItsStreams) {
+    ChildRun closed([] {
+        for (int const stream : {0, 1, 2}) (void)close(stream);
+        Shell none(L"for n in 0 1 2; do [ -e /proc/$$/fd/$n ] && exit 1; done; exit 0");
+        Shell pipes(L"cat; echo errors >&2");
+        bool good = none.start() == PERR_OK && none.wait(none.ending, FOREVER) == PERR_OK;
+        good = good && none.ending.exitCode == 0;
+        good = good && pipes.outputOf("through") == "through" && pipes.errors == "errors\n";
+        for (int const stream : {0, 1, 2}) good = good && fcntl(stream, F_GETFD) == -1;
+        return good ? 0 : 1;
+    });
+    EXPECT_EQ(0, closed.wait());
+}
+
+TEST(CommandStart, OneObjectHoldsOneChildUntilThatIsCollectedAndThenStartsAnother) {
+    Shell shell(L"echo $#; read x");
+    shell.startAndHear("0\n");
+    unsigned int const first = shell.getPID();
+    EXPECT_CODE(PERR_OK, shell.signal(SIGKILL));
+    for (int const code :
+         {shell.start(), shell.addArgument(L"a"), shell.setEnvironment(L"A", L"b"),
+          shell.unsetEnvironment(L"A"), shell.clearEnvironment(), shell.setWorkingDir(L"/"),
+          shell.setStreams(PIPED, PIPED, PIPED), shell.setForeground(true),
+          shell.run("", shell.output, shell.errors, shell.ending, FOREVER)})
+        EXPECT_CODE(PERR_PROCESS_RUNNING, code);
+    EXPECT_EQ("kept", shell.output);
+    EXPECT_CODE(PERR_OK, shell.wait(shell.ending, FOREVER));
+    EXPECT_EQ((PEnding{-1, SIGKILL}), shell.ending);
+    EXPECT_EQ(first, shell.getPID());
+    shell.startAndHear("0\n");
+    EXPECT_NE(first, shell.getPID());
+}
+
+TEST(CommandStreams, TellWhereNothingCanBeReadOrWritten) {
+    Shell shell(L"exec <&-; echo out; kill -STOP $$");
+    char byte = 'b';
+    unsigned long done = 7;
+    EXPECT_CODE(PERR_NOT_OPEN, shell.writeInput(&byte, 1));
+    shell.startAndHear("out\n");
+    EXPECT_CODE(PERR_NOT_OPEN, shell.readErrors(&byte, 1, done));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.readOutput(nullptr, 1, done));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.readOutput(&byte, 0, done));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.writeInput(nullptr, 1));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.writeInput(&byte, 0));
+    EXPECT_CODE(PERR_WRITE, shell.writeInput(&byte, 1)) << "and no SIGPIPE came";
+    EXPECT_CODE(PERR_OK, shell.closeInput());
+    EXPECT_CODE(PERR_NOT_OPEN, shell.closeInput());
+    EXPECT_CODE(PERR_OK, shell.end(shell.ending, 0));
+    EXPECT_CODE(PERR_END_OF_FILE, shell.readOutput(&byte, 1, done));
+    EXPECT_EQ(7UL, done);
+}
+
+TEST(CommandStreams, AMegabyteGoesBothWaysAtOnceOnThreadsOfItsOwn) {
+    Command cat(L"cat");
+    std::string const sent(1 << 20, 'x');
+    std::string got;
+    ASSERT_CODE(PERR_OK, cat.setStreams(PIPED, PIPED, DISCARDED));
+    ASSERT_CODE(PERR_OK, cat.start());
+    {
+        std::jthread const writer([&] {
+            EXPECT_CODE(PERR_OK, cat.writeInput(sent.data(), sent.size()));
+            EXPECT_CODE(PERR_OK, cat.closeInput());
+        });
+        std::jthread const waiter([&] { EXPECT_CODE(PERR_OK, cat.wait(cat.ending, FOREVER)); });
+        for (std::string part = cat.read(); !part.empty(); part = cat.read()) got += part;
+    }
+    EXPECT_TRUE(sent == got);
+    EXPECT_EQ((PEnding{0, 0}), cat.ending);
+}
