@@ -1,105 +1,150 @@
-/// Supervises a program: starts it, shows once a second what it does, ends it with everything it
-/// started when its time is over, and reports how it ended.
-///
-/// An ended child's exit code can be taken once. Many queries take it away by reaping (isRunning,
-/// getPID, getName, getPath, the listings), so until the code is known this program asks none of
-/// them: a thread of its own sits in the blocking wait, and the time limit is a timed wait for
-/// that thread.
-#include "supervise.h"
-
-#include <clocale>
+/// Supervises programs: starts each of them, says once a second that it runs, starts it again after a
+/// failure, and ends it with all that it started when the time is over or SIGINT or SIGTERM comes.
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <list>
+#include <string>
+#include <vector>
+
+#include <portinglayer/portinglayer.h>
 
 namespace {
 
-constexpr long long TICK_MILLISECONDS = 1000;
+constexpr unsigned int LOOK_MS = 100;      // how soon a request to stop is seen
+constexpr long long GRACE_MS = 500;        // for leaving on SIGTERM, within the time
+constexpr long long FIRST_PAUSE_MS = 100;  // before a new start, twice as long before the next
 
-/// What the waiting thread finds out, and how it tells.
-struct Ending {
-    PProcess* process = nullptr;
-    PMutex mutex;
-    PConditionalVar ended;
-    bool known = false;
-    int result = PERR_OK;
-    int exitCode = -1;
+volatile std::sig_atomic_t stopRequested = 0;
+
+struct Program {
+    Program(char const* given, PString const& text) : name(given), command(text) {}
+
+    char const* name;
+    PCommand command;
+    PThread thread;
+    long long until = 0;  // a tick count at which nothing of it runs any more
+    unsigned int restarts = 0;
+    bool good = false;  // ended by itself and without failure
 };
 
-void* _awaitEnding(void* argument) {
-    auto& ending = *static_cast<Ending*>(argument);
-    int exitCode = -1;
-    int const result = ending.process->waitExitCode(exitCode);  // blocks; the lock is not held
-    (void)ending.mutex.lock();
-    ending.result = result;
-    ending.exitCode = exitCode;
-    ending.known = true;
-    (void)ending.ended.notifyAll();
-    (void)ending.mutex.unlock();
+bool _isOver(Program const& program) {
+    return stopRequested != 0 || PTime::getTickCount() >= program.until - GRACE_MS;
+}
+
+/// Waits for the end of a program that was started, or ends it when its time is over.
+int _await(Program& program, PEnding& ending) {
+    unsigned long long memory = 0;
+    unsigned int const id = program.command.getPID();
+    for (int looks = 1; !_isOver(program); ++looks) {
+        int const code = program.command.wait(ending, LOOK_MS);
+        if (code != PERR_PROCESS_RUNNING) return code;
+        if (looks % 10 == 0 && PProcess::getMemoryUsage(id, memory) == PERR_OK)
+            std::printf("%s (id %u): runs, %llu KiB\n", program.name, id, memory / 1024);
+    }
+    long long const left = program.until - PTime::getTickCount();
+    return program.command.end(ending, static_cast<unsigned int>(std::clamp(left, 0LL, GRACE_MS)));
+}
+
+bool _runOnce(Program& program) {
+    PEnding ending{};
+    long long const start = PTime::getTickCount();
+    int code = program.command.start();
+    if (code == PERR_OK) code = _await(program, ending);
+    if (code != PERR_OK) {
+        std::printf("%s: could not be run (%s)\n", program.name, perrorName(code));
+        return false;
+    }
+    bool const killed = ending.signal != 0;
+    long long const took = PTime::getTickCountDiff(start, PTime::getTickCount());
+    std::printf("%s (id %u): ended %s %d after %lld.%03lld s\n", program.name,
+                program.command.getPID(), killed ? "by signal" : "with exit code",
+                killed ? ending.signal : ending.exitCode, took / 1000, took % 1000);
+    return ending.exitCode == 0;
+}
+
+void* _supervise(void* argument) {
+    Program& program = *static_cast<Program*>(argument);
+    program.good = _runOnce(program);
+    for (long long pause = FIRST_PAUSE_MS; !program.good && program.restarts-- > 0; pause *= 2) {
+        long long const again = PTime::getTickCount() + pause;
+        while (PTime::getTickCount() < again && !_isOver(program)) PThread::psleep(10);
+        if (_isOver(program)) break;
+        program.good = _runOnce(program);
+    }
     return nullptr;
 }
 
-/// Waits for the ending, at most until the tick count `until`.
-bool _endedBy(Ending& ending, long long until) {
-    (void)ending.mutex.lock();
-    for (;;) {
-        long long const left = PTime::getTickCountDiff(PTime::getTickCount(), until);
-        if (ending.known || left <= 0) break;
-        (void)ending.ended.wait(&ending.mutex, static_cast<unsigned int>(left));
-    }
-    bool const known = ending.known;
-    (void)ending.mutex.unlock();
-    return known;
-}
-
-/// Lets the program run to its end or its limit. True when it had to be ended.
-bool _watch(Request const& request, unsigned int pid, Ending& ending, long long start) {
-    long long const limit = start + TICK_MILLISECONDS * request.seconds;
-    for (long long tick = start + TICK_MILLISECONDS;; tick += TICK_MILLISECONDS) {
-        long long const until = request.limited && limit < tick ? limit : tick;
-        if (_endedBy(ending, until)) return false;
-        if (until == tick) showFacts(request, pid, tick - start);
-        if (request.limited && PTime::getTickCount() >= limit) break;
-    }
-    if (_endedBy(ending, 0)) return false;
-    endTree(pid);
-    return true;
-}
-
-int _supervise(Request const& request) {
-    Ending ending;
-    PThread waiter;
-    if (ending.mutex.init(true) != PERR_OK || ending.ended.init() != PERR_OK) return 1;
-
-    long long const start = PTime::getTickCount();
-    PProcess process(request.program, request.arguments, request.dir, request.environment);
-    unsigned int const pid = process.start() == PERR_OK ? onlyChild() : 0;
-    if (pid == 0) {
-        std::printf("%ls: no process could be created\n", request.program.ptr());
-        return 1;
+/// What the command line says: options, then programs with their arguments and "--" between them.
+class Request {
+public:
+    bool read(char** words) {
+        PString text;
+        for (; *words != nullptr && std::strncmp(*words, "--", 2) == 0; words += 2)
+            if (words[1] == nullptr || !readOption(*words, words[1])) return false;
+        for (bool begins = true; *words != nullptr; begins = std::strcmp(*words++, "--") == 0) {
+            if (PUtf8::decode(*words, P_WHOLE_STRING, text) != PERR_OK) return false;
+            if (begins && !add(*words, text)) return false;
+            if (begins || text == L"--") continue;
+            if (programs.back().command.addArgument(text) != PERR_OK) return false;
+        }
+        return !programs.empty();
     }
 
-    ending.process = &process;
-    if (waiter.pcreate(_awaitEnding, &ending) != PERR_OK) return 1;
-    bool const over = _watch(request, pid, ending, start);
-    void* nothing = nullptr;
-    (void)waiter.pjoin(nothing);
+    std::list<Program> programs;
 
-    long long const took = PTime::getTickCountDiff(start, PTime::getTickCount());
-    return report(request, pid, {ending.result, ending.exitCode, over, took});
-}
+private:
+    bool readOption(std::string const& option, char const* value) {
+        PString text;
+        unsigned int number = 0;
+        if (PUtf8::decode(value, P_WHOLE_STRING, text) != PERR_OK) return false;
+        if (option == "--dir") return dir.set(text, P_WHOLE_STRING) == PERR_OK;
+        if (option == "--env") return variables.push_back(text), true;
+        bool const digits = text.len() < 7 && PUtils::isDec(text.ptr(), text.len(), false);
+        if (!digits || PUtils::strToUint32(text, number) != PERR_OK) return false;
+        if (option == "--restarts") restarts = number;
+        if (option == "--seconds") milliseconds = 1000LL * number;
+        return option == "--restarts" || option == "--seconds";
+    }
+
+    bool add(char const* name, PString const& text) {
+        Program& program = programs.emplace_back(name, text);
+        program.restarts = restarts;
+        program.until = PTime::getTickCount() + milliseconds;
+        for (PString value : variables) {
+            PString variable;
+            (void)PLiteral::getNextToken(value, variable, L'=');
+            if (program.command.setEnvironment(variable, value) != PERR_OK) return false;
+        }
+        return dir.len() == 0 || program.command.setWorkingDir(dir) == PERR_OK;
+    }
+
+    long long milliseconds = 1LL << 50;
+    unsigned int restarts = 0;
+    PString dir;
+    std::vector<PString> variables;  // NAME=VALUE
+};
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    (void)std::setlocale(LC_ALL, "");  // names and arguments are in the user's character set
-    (void)std::setvbuf(stdout, nullptr, _IOLBF, 0);
-
+int main(int, char** argv) {
     Request request;
-    if (!readRequest(argc, argv, request)) {
-        std::fputs("usage: supervise [--seconds N] [--dir DIR] [--env NAME=VALUE]... "
-                   "PROGRAM [ARGUMENT...]\n"
-                   "An argument can't be empty or hold a space.\n",
-                   stderr);
+    if (!request.read(argv + 1)) {
+        std::puts("usage: supervise [--seconds N] [--restarts N] [--dir DIR] [--env NAME=VALUE]... "
+                  "PROGRAM [ARGUMENT...] [-- PROGRAM [ARGUMENT...]]...");
         return 2;
     }
-    return _supervise(request);
+    for (int const number : {SIGINT, SIGTERM})
+        (void)std::signal(number, [](int) { stopRequested = 1; });
+    (void)std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    for (Program& program : request.programs)
+        if (program.thread.pcreate(_supervise, &program) != PERR_OK) stopRequested = 1;
+    void* nothing = nullptr;
+    bool good = true;
+    for (Program& program : request.programs) {
+        (void)program.thread.pjoin(nothing);
+        good = good && program.good;
+    }
+    return good ? 0 : 1;
 }

@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr unsigned int LOOK_MS = 50;  ///< at processes that may leave the group instead of ending
-constexpr unsigned int DYING_MS = 1000;  ///< for killed processes, unless the system keeps one
+constexpr unsigned int LOOK_MS = 50;     // at processes that may leave the group instead of ending
+constexpr unsigned int DYING_MS = 1000;  // for killed processes, unless the system keeps one
 
 // The C library declares both for C alone.
 Descriptor _openProcess(pid_t pid) {

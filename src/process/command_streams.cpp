@@ -9,8 +9,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <portinglayer/result_codes.h>
-
 #include "fs/uninterrupted.h"
 #include "sync/uncancelled.h"
 
@@ -24,8 +22,7 @@ public:
         (void)sigaddset(&pipe, SIGPIPE);
         sigset_t pending;
         (void)sigpending(&pending);
-        wasPending =
-            sigismember(&pending, SIGPIPE) == 1;  // then it is blocked, and stays for others
+        wasPending = sigismember(&pending, SIGPIPE) == 1;  // for others, who have it blocked
         (void)pthread_sigmask(SIG_BLOCK, &pipe, &before);
     }
     ~NoPipeSignal() {

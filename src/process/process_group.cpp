@@ -13,10 +13,7 @@
 namespace {
 
 struct CloseListing {
-    void operator()(DIR* listing) const {
-        Uncancelled const uncancelled;
-        (void)closedir(listing);
-    }
+    void operator()(DIR* listing) const { (void)closedir(listing); }
 };
 
 /// Whether a process belongs to the group and has not ended.
@@ -33,6 +30,7 @@ bool _runsWithin(pid_t group, char const* entry) {
 }  // namespace
 
 pid_t _runningMember(pid_t group) {
+    Uncancelled const untilClosed;
     std::unique_ptr<DIR, CloseListing> const listing(opendir("/proc"));
     if (listing == nullptr) return getpid();
     while (dirent const* const entry = readdir(listing.get())) {
