@@ -273,8 +273,8 @@ public:
     ///          name another file; keep to ASCII names.
     [[nodiscard]] static int rename(PLiteral const& from, PLiteral const& to);
 
-    /// Removes a directory with everything in it. One slash at the end of `path` is ignored, and so
-    /// is everything from its first zero character on.
+    /// Removes a directory with everything in it. One slash at the end of `path` is ignored. Zero
+    /// characters may stand behind it.
     ///
     /// The walk stops at the first thing that cannot be removed; what went before stays removed. It
     /// holds one descriptor per level of the tree.
@@ -294,6 +294,7 @@ public:
     /// @return PERR_NO_MEMORY         no memory for a path; that for other things shows as one of
     ///                                the failures above
     ///
+    /// @warning Do not fit `path` with PUtf8::padded: names are put behind the padding.
     /// @warning File systems mounted below `path` are emptied, too. Unmount them first.
     /// @warning Symbolic links to directories are followed: the target is emptied, wherever it is,
     ///          then the link removed. Remove links yourself first where a tree may hold any.

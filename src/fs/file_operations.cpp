@@ -3,10 +3,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cwchar>
 
 #include <portinglayer/files.h>
 
-#include "fs/joined_name.h"
 #include "fs/narrow_path.h"
 
 namespace {
@@ -46,6 +46,20 @@ int _renameFailure(int error) {
     }
 }
 
+/// Characters of a name that the system sees. The zeros that may follow make room: a name beyond
+/// ASCII is cut at as many bytes as it has characters.
+unsigned long _seen(PString const& path) {
+    return path.ptr() != nullptr ? wcslen(path.ptr()) : 0;
+}
+
+/// Composes the path of an entry, which goes before any zeros. False when no memory is left: what
+/// was composed may then be the path of the folder.
+bool _composeChild(PString& child, PString const& folder, PString const& entry) {
+    unsigned long const end = _seen(folder);
+    return child.set(folder, P_WHOLE_STRING) == PERR_OK && child.insert(end, L"/", 1) == PERR_OK &&
+           child.insert(end + 1, entry, P_WHOLE_STRING) == PERR_OK;
+}
+
 /// Removes what a directory holds, until something cannot be removed or the listing ends.
 int _empty(PString const& path) {
     PDir listing;
@@ -55,7 +69,7 @@ int _empty(PString const& path) {
         if (entry == L"." || entry == L"..") continue;
 
         PString child;
-        if (_joinName(child, {path, L"/", entry}) != PERR_OK) return PERR_NO_MEMORY;
+        if (!_composeChild(child, path, entry)) return PERR_NO_MEMORY;
         bool const isFolder = PFile::check(child, PFile::KIND_DIRECTORY);
         int const result = isFolder ? PFile::removeAll(child) : PFile::pdelete(child);
         if (result != PERR_OK) return result;
@@ -97,11 +111,10 @@ int PFile::rename(PLiteral const& from, PLiteral const& to) {
 
 int PFile::removeAll(PLiteral const& name) {
     PString path;
-    // Up to its first zero: what is put behind one would not be seen by the system.
-    if (path.set(name.ptr(), P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
+    if (path.set(name, P_WHOLE_STRING) != PERR_OK) return PERR_NO_MEMORY;
     (void)PUtils::fixFileSeparator(path);  // cannot fail
-    if (path.endsWith(L"/", P_WHOLE_STRING, false))
-        (void)path.erase(path.len() - 1, 1);  // the range is there
+    unsigned long const end = _seen(path);
+    if (end > 0 && path.ptr()[end - 1] == L'/') (void)path.erase(end - 1, 1);  // the range is there
 
     if (!exists(path)) return PERR_DIR_NOT_FOUND;
     if (!check(path, KIND_DIRECTORY)) return PERR_INVALID_ARGUMENT;
