@@ -215,9 +215,9 @@ public:
 
     /// Writes `line` as multibyte text, then a line feed, in one write each.
     ///
-    /// Empty text, or text that the locale cannot express, writes only the line feed. The multibyte
-    /// text is cut at as many bytes as `line` has characters. A short write is neither continued
-    /// nor told.
+    /// Empty text, text that the locale cannot express, and text for whose conversion no memory is
+    /// left, writes only the line feed. The multibyte text is cut at as many bytes as `line` has
+    /// characters. A short write is neither continued nor told.
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN     the handle is closed
     /// @return PERR_WRITE        the system refused a write; if it was the first, no line feed is

@@ -102,51 +102,6 @@ TEST(FaultSweep, LocksThreadsAndTime) {
     EXPECT_EQ(held.unlock(), PERR_OK);
 }
 
-TEST(FaultSweep, Files) {
-    Scratch const scratch;
-    std::wstring const folder = scratch.wpath("dir"), a = folder + L"/a", b = folder + L"/b";
-    PLiteral const dir(folder.c_str()), name(a.c_str()), other(b.c_str());
-    Codes const codes{PERR_OPEN, PERR_LOCKED, PERR_NO_MEMORY, PERR_WRITE,
-                      PERR_SEEK, PERR_STAT,   PERR_SYSTEM,    PERR_READ};
-    auto const fresh = [&] {
-        std::filesystem::remove_all(scratch.path("dir"));
-        std::filesystem::create_directory(scratch.path("dir"));
-        scratch.write("dir/a", "a");
-        errno = 0;
-    };
-    PFile file;
-    long long size = 0;
-    PString text, line(std::wstring(300, L'a').c_str(), 300);
-    for (unsigned int const flags : {27U, 32U})
-        _sweep(flags == 32 ? "PFile, safe write" : "PFile", codes,
-               STEPS(file.popen(name, flags, 0), file.pwriteLine(line), file.pflush(),
-                     file.pseek(0, 0), flags == 32 ? PERR_OK : file.preadLine(text),
-                     file.pgetSize(size), file.pgetName(text),
-                     file.isOpen() ? file.pclose() : PERR_OK),
-               fresh);
-    std::wstring const odd = folder + L"\\a";  // to be slashed, also where memory runs out
-    scratch.write("dir\\a", "another file");
-    _sweep("PFile, PDir: names",
-           {PERR_NO_SUCH_FILE, PERR_IO, PERR_SYSTEM, PERR_DELETE, PERR_DIR_CREATE, PERR_DIR_DELETE,
-            PERR_DIR_NOT_FOUND, PERR_INVALID_ARGUMENT, PERR_NO_MEMORY},
-           STEPS(PFile::exists(odd.c_str()) ? PERR_OK : PERR_NO_SUCH_FILE,
-                 PFile::rename(odd.c_str(), other), PFile::pdelete(other), PDir::pcreate(other),
-                 PDir::pdelete(other), PFile::removeAll(dir)),
-           fresh);
-    EXPECT_EQ(scratch.read("dir\\a"), "another file");
-    _sweep("PTempFile", codes, STEPS(PTempFile().popen(name, 18, 0)), fresh);
-    _sweep("PDir", {PERR_NO_MEMORY, PERR_DIR_NOT_OPEN, PERR_READ, PERR_CONVERSION}, [&] {
-        PDir listing(dir, L"*");
-        return firstFailure({listing.getResult(), listing.preaddir(), ++listing, listing.pclose()});
-    });
-    _sweep("PLibrary::load", {PERR_LIBRARY_LOAD, PERR_NO_MEMORY}, [] {
-        PLibrary* library = nullptr;
-        int const code = PLibrary::load(L"libm.so.6", library, true);
-        if (code == PERR_OK) delete library;
-        return code;
-    });
-}
-
 TEST(FaultSweep, Processes) {
     unsigned int const self = PProcess::getCurrentPID(), parent = getppid();
     Codes const codes{PERR_NOT_FOUND, PERR_NO_MEMORY, PERR_NO_PROCESS, PERR_IO,  PERR_SYSTEM,
