@@ -22,7 +22,7 @@ public:
     /// Takes the other's value directly, without a call of `set`.
     PCounter(PCounter const& o);
 
-    /// Leaves 0 behind as the value.
+    /// Leaves 0 behind at the place of the value.
     virtual ~PCounter();
 
     /// Adds `d`. All changing operators but assignment end here.
@@ -124,8 +124,8 @@ public:
         return *this;
     }
 
-    /// Takes over `p`, which may be null, in the same mode, then releases the own share. The pointer
-    /// that it holds already changes nothing.
+    /// Takes over `p`, which may be null, in the same mode, then releases the own share. The
+    /// pointer that it holds already changes nothing.
     PPtr& operator=(T* p) {
         if (p != pointee) PPtr(p, releaseMode)._swap(*this);
         return *this;

@@ -2,8 +2,8 @@
 /// Wide text: the view `PLiteral`, the owner `PString`, and the static conversions of `PUtils`.
 ///
 /// A wide character is a `wchar_t` of four bytes. Where a text becomes bytes or is made from bytes,
-/// that is multibyte text in the character-type locale of the process, which the library never sets.
-/// White space is exactly tab, line feed, carriage return and space.
+/// that is multibyte text in the character-type locale of the process, which the library never
+/// sets. White space is exactly tab, line feed, carriage return and space.
 #ifndef PORTINGLAYER_STRINGS_H
 #define PORTINGLAYER_STRINGS_H
 
@@ -43,8 +43,8 @@ public:
 
     /// Refers to `s` up to its terminator; a null `s` gives the empty text.
     ///
-    /// @warning The pointer that is held already changes nothing: the text is not measured anew. After
-    ///          editing a buffer in place, make a new `PLiteral`.
+    /// @warning The pointer that is held already changes nothing: the text is not measured anew.
+    ///          After editing a buffer in place, make a new `PLiteral`.
     virtual PLiteral& operator=(wchar_t const* s);
 
     /// The length in wide characters, the terminator not counted.
@@ -56,8 +56,9 @@ public:
 
     /// Finds a text in this one.
     ///
-    /// @warning From the end, the position counts in 32 bits: where this text is 2 Gi characters longer
-    ///          than `what`, the search misses places or finds none. Search such texts forward.
+    /// @warning From the end, the position counts in 32 bits: where this text is 2 Gi characters
+    ///          longer than `what`, the search misses places or finds none. Search such texts
+    ///          forward.
     /// @param what        the text to be found
     /// @param[out] pos    index of its first character; written only on success
     /// @param fromEnd     whether the last occurrence is wanted instead of the first
@@ -69,8 +70,10 @@ public:
 
     /// Finds a character.
     ///
-    /// With `ignoreCase` its upper and its lower case in the locale are looked for. The search runs to
-    /// the terminator, not to `len()`: the text must have one, and 0 is found there.
+    /// With `ignoreCase` the upper and the lower case of `c` in the locale are looked for; a
+    /// title-case letter, which is neither, is not found itself. The search runs to the terminator,
+    /// the first zero character, not to `len()`: the text must have one, and a `c` of 0 is found
+    /// there.
     /// @param[out] pos  index of the character; written only on success
     /// @param fromEnd   whether the last occurrence is wanted instead of the first
     /// @return PERR_OK
@@ -101,15 +104,17 @@ public:
     bool operator>=(PLiteral const& o) const;  ///< by `cmp`
     bool operator>=(wchar_t const* s) const;   ///< by `cmp`; a null `s` is an empty text
 
-    /// Tells whether this text begins with `s`, in the sense of `str`.
+    /// Tells whether this text begins with `s`, in the sense of `str`: an empty or null `s` begins
+    /// an empty text only.
     ///
-    /// @warning `n` is ignored: `s` counts up to its terminator. To test with a part of it, copy the
-    ///          part into a `PString`.
+    /// @warning `n` is ignored: `s` counts up to its terminator. To test with a part of it, copy
+    ///          the part into a `PString`.
     bool startsWith(wchar_t const* s, unsigned long n, bool ignoreCase) const;
     /// As above, with `p` up to its terminator.
     bool startsWith(PLiteral const& p, bool ignoreCase) const;
 
-    /// Tells whether this text ends with `s`, in the sense of `str`.
+    /// Tells whether this text ends with `s`, in the sense of `str`: an empty or null `s` ends an
+    /// empty text only.
     ///
     /// @warning `s` counts up to its terminator; an `n` that is not its length gives false answers.
     ///          Give P_WHOLE_STRING.
@@ -122,27 +127,27 @@ public:
     /// @warning It converts, and allocates, wherever a `char*` fits: call `ascii` by its name.
     operator char*() const;
 
-    /// Converts this text as `pwchar2pchar` does, and with the same result. Nothing is kept: each call
-    /// converts anew.
+    /// Converts this text as `pwchar2pchar` does, and with the same result. Nothing is kept: each
+    /// call converts anew.
     char* ascii() const;
 
     /// Makes multibyte text of wide text, in the locale of the process.
     ///
-    /// @warning At most as many bytes are made as there are characters. ASCII passes whole; in UTF-8
-    ///          other text loses its end, before the first character that no longer fits.
+    /// @warning At most as many bytes are made as there are characters. ASCII passes whole; in
+    ///          UTF-8 other text loses its end, before the first character that no longer fits.
     /// @param n  wide characters, or P_WHOLE_STRING
-    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null,
-    ///         `n` is 0, the text is empty, its first character does not fit, the locale cannot
-    ///         express a character of it, or no memory is left
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is
+    ///         null, `n` is 0, the text is empty, its first character does not fit, the locale
+    ///         cannot express a character of it, or no memory is left
     static char* pwchar2pchar(wchar_t const* s, unsigned long n);
 
     /// Makes wide text of multibyte text, in the locale of the process.
     ///
-    /// @warning `n` limits the characters made, not the bytes read: `s` must be terminated, unless its
-    ///          first `n` bytes are ASCII. Copy and terminate a part of a longer text first.
+    /// @warning `n` limits the characters made, not the bytes read: `s` must be terminated, unless
+    ///          its first `n` bytes are ASCII. Copy and terminate a part of a longer text first.
     /// @param n  wide characters to make at most, such as the number of bytes, or P_WHOLE_STRING
-    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null,
-    ///         `n` is 0, the text is empty, the locale cannot read it, or no memory is left
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is
+    ///         null, `n` is 0, the text is empty, the locale cannot read it, or no memory is left
     static wchar_t* pchar2pwchar(char const* s, unsigned long n);
 
     /// The upper case of a character in the locale of the process.
@@ -152,14 +157,18 @@ public:
 
     /// Takes the text before the first separator off `src`, and the separator with it.
     ///
-    /// Without a separator the token is the whole of `src`, which becomes empty. Two separators in a row
-    /// give an empty token, one at the end does not. Only the token is trimmed of white space. A
-    /// separator of 0 is found only within a length that counts bytes.
+    /// Without a separator the token is the whole of `src`, which becomes empty. Two separators in
+    /// a row give an empty token, one at the end does not. Only the token is trimmed of white
+    /// space; it is an exact copy, while `src` keeps its buffer until it is empty.
+    ///
+    /// The search ends at the first zero character: what stands behind one within the length is not
+    /// split. A `sep` of 0 splits there; the terminator is no separator.
     /// @param[in,out] src  the text that is used up
     /// @param[out] token   another object than `src`
+    /// @param sep          the separator
     /// @return PERR_OK
-    /// @return PERR_TOKEN  `src` is empty: `token` is left alone; or no memory for the token, which is
-    ///                     then empty: `src` is left alone
+    /// @return PERR_TOKEN  `src` is empty: `token` is left alone; or no memory for the token, which
+    ///                     is then empty: `src` is left alone
     [[nodiscard]] static int getNextToken(PString& src, PString& token, wchar_t sep);
 
 protected:
@@ -167,14 +176,18 @@ protected:
     unsigned long length;  ///< wide characters before the terminator; 0 when `text` is null
 };
 
-/// Wide text that owns its characters, in a buffer of its length + 1 wide characters: there is no
-/// spare room, and what makes the text longer copies it. `trim`, `erase` and `getNextToken` shorten it
-/// in place. The `ptr()` of an empty text may be null or not; test `len()`, and test before handing it
-/// to a "%ls". Texts given to an operation may lie in the string itself. What refers to its characters,
-/// such as a `PLiteral` or `ptr()`, is valid until the next change.
+/// Wide text that owns its characters. What makes the text longer copies it into a new buffer of
+/// just its length + 1 wide characters. What makes it shorter keeps the room: `trim`, `erase` and
+/// `getNextToken` work in place, `stripall` and the shortening `fill` leave a buffer of the old
+/// size, and converted multibyte text has some characters to spare. To release such room, move a
+/// copy over the text.
 ///
-/// Constructors and operators cannot tell that memory ran out: the text is then empty, or without what
-/// was to be appended. `set` and `cat` tell.
+/// The `ptr()` of an empty text may be null or not; test `len()`, and test before handing it to a
+/// "%ls". Wide texts given to an operation may lie in the string itself, multibyte ones not. What
+/// refers to its characters, such as a `PLiteral` or `ptr()`, is valid until the next change.
+///
+/// Constructors and operators cannot tell that memory ran out: the text is then empty, or without
+/// what was to be appended. `set` and `cat` tell.
 ///
 /// Threads: one string is used by one thread at a time.
 class PORTINGLAYER_EXPORT PString : public PLiteral {
@@ -185,8 +198,10 @@ public:
     /// Copies the first `n` characters of `s`, or with P_WHOLE_STRING all of it.
     PString(wchar_t const* s, unsigned long n);
 
-    /// Converts multibyte text as `pchar2pwchar` does; the length is that of the characters. Text that
-    /// cannot be converted gives an empty text.
+    /// Converts multibyte text as `pchar2pwchar` does; the length is that of the characters. Text
+    /// that cannot be converted gives an empty text.
+    ///
+    /// @warning `n` limits the characters made, not the bytes read, as there: terminate `s`.
     PString(char const* s, unsigned long n);
 
     /// Copies the characters of `o`.
@@ -227,12 +242,16 @@ public:
 
     /// Appends multibyte text, converted as `pchar2pwchar` does.
     ///
-    /// @warning The length grows by the number of bytes: behind text that is not ASCII, zero characters
-    ///          fill the difference. Measure such a text with `wcslen`, or use the constructor.
-    /// @param n  bytes, or P_WHOLE_STRING
+    /// @warning `n` limits the characters made, not the bytes read: `s` must be terminated, unless
+    ///          its first `n` bytes are ASCII. A part of text that is not ASCII is read on into
+    ///          what follows it. Copy and terminate the part first.
+    /// @warning The length grows by `n`, the number of bytes: behind text that is not ASCII, zero
+    ///          characters fill the difference. Measure such a text with `wcslen`, or use the
+    ///          constructor.
+    /// @param n  bytes, or P_WHOLE_STRING for those up to the terminator
     /// @return PERR_OK
-    /// @return PERR_NO_MEMORY  no memory, the locale cannot read the text, or the text is empty although
-    ///                         `n` is not 0; the text is as it was
+    /// @return PERR_NO_MEMORY  no memory, the locale cannot read the text, or the text is empty
+    ///                         although `n` is not 0; the text is as it was
     [[nodiscard]] int cat(char const* s, unsigned long n);
 
     /// Replaces the text with the first `n` characters of `s`, which may lie in this text.
@@ -250,9 +269,9 @@ public:
     /// @return PERR_NO_MEMORY         no memory for the new text; the text is empty
     [[nodiscard]] int set(PLiteral const& o, unsigned long n);
 
-    /// Replaces the text with multibyte text as the narrow `cat` appends it, whose warning holds.
+    /// Replaces the text with multibyte text as the narrow `cat` appends it, whose warnings hold.
     ///
-    /// @param n  bytes, or P_WHOLE_STRING
+    /// @param n  bytes, or P_WHOLE_STRING for those up to the terminator
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  as from `cat`; the text is empty
     [[nodiscard]] int set(char const* s, unsigned long n);
@@ -295,8 +314,8 @@ public:
 
     /// Makes a text of `n` times `c`; with an `n` of 0 nothing changes.
     ///
-    /// @warning With an `n` below the length, the text ends behind the `n` characters, but `len()` stays
-    ///          as it was. `clear` first where the length matters.
+    /// @warning With an `n` below the length, the text ends behind the `n` characters, but `len()`
+    ///          stays as it was. `clear` first where the length matters.
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  no memory for a longer text; nothing changes
     [[nodiscard]] int fill(wchar_t c, unsigned long n);
@@ -310,8 +329,8 @@ public:
     ///
     /// @param n            wide characters, or P_WHOLE_STRING
     /// @param[out] outLen  characters copied; left alone when no memory is left
-    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is null or
-    ///         `n` is 0 (then `outLen` is 0), or when no memory is left
+    /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is
+    ///         null or `n` is 0 (then `outLen` is 0), or when no memory is left
     static wchar_t* dupPtr(wchar_t const* s, unsigned long n, unsigned long& outLen);
 
 private:
@@ -320,21 +339,22 @@ private:
 
 /// Static conversions between text and values, formatting and parsing helpers; no instances.
 ///
-/// Nothing is kept between calls, so every function may be called from any thread, on outputs of its
-/// own; `getHostAddress` is the exception. Texts are read where they stand and never kept. Outputs
-/// belong to the caller; text made from a value or a format is assigned through the output's virtual
-/// operator. Numbers are read as `swscanf` reads them and written as `swprintf` writes them.
+/// Nothing is kept between calls, so every function may be called from any thread, on outputs of
+/// its own; `getHostAddress` is the exception. Texts are read where they stand and never kept.
+/// Outputs belong to the caller; text made from a value or a format is assigned through the
+/// output's virtual operator. Numbers are read as `swscanf` reads them and written as `swprintf`
+/// writes them.
 class PORTINGLAYER_EXPORT PUtils {
 public:
     PUtils() = delete;
 
     /// Reads a decimal number at the start of a text, as `swscanf` does with "%d".
     ///
-    /// White space and a sign may stand before it, and whatever follows it is ignored: "12abc" gives
-    /// 12. The base is always 10.
+    /// White space and a sign may stand before it, and whatever follows it is ignored: "12abc"
+    /// gives 12. The base is always 10.
     /// @warning There is no range check: a number too large for the type gives some other number.
-    ///          Where the text comes from outside, let `isDec` be true of at most 9 digits first, or read
-    ///          with `strToInt64` and compare.
+    ///          Where the text comes from outside, let `isDec` be true of at most 9 digits first,
+    ///          or read with `strToInt64` and compare.
     /// @param s         the text; scanned up to its terminator
     /// @param[out] out  the number; written only on success
     /// @return PERR_OK
@@ -375,12 +395,12 @@ public:
 
     /// Reads a byte from one or two characters, as `swscanf` does with "%x".
     ///
-    /// That accepts more than two digits of the alphabet: " 5" and "+5" give 5, "-1" gives 0xFF, "5x"
-    /// gives 5. To admit digits only, test with `isHex` first.
+    /// That accepts more than two digits of the alphabet: " 5" and "+5" give 5, "-1" gives 0xFF,
+    /// "5x" gives 5. To admit digits only, test with `isHex` first.
     /// @param[out] out  the byte; written only on success
     /// @return PERR_OK
-    /// @return PERR_BAD_FORMAT  the text is null, empty or longer than two characters, or "%x" reads
-    ///                          nothing from it
+    /// @return PERR_BAD_FORMAT  the text is null, empty or longer than two characters, or "%x"
+    ///                          reads nothing from it
     [[nodiscard]] static int hexToByte(PLiteral const& s, char& out);
 
     /// Gives the value of one hexadecimal digit, of either case.
@@ -414,13 +434,25 @@ public:
     /// @return PERR_NO_MEMORY  the text could not be allocated; `out` is empty
     [[nodiscard]] static int int32ToStr(int v, PString& out);
 
-    /// Writes a number in decimal digits; codes as `int32ToStr`.
+    /// Writes a number in decimal digits.
+    ///
+    /// @param[out] out  the text
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  the text could not be allocated; `out` is empty
     [[nodiscard]] static int uint32ToStr(unsigned int v, PString& out);
 
-    /// Writes a number in decimal digits, with a minus sign if it is negative; codes as `int32ToStr`.
+    /// Writes a number in decimal digits, with a minus sign if it is negative.
+    ///
+    /// @param[out] out  the text
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  the text could not be allocated; `out` is empty
     [[nodiscard]] static int int64ToStr(long long v, PString& out);
 
-    /// Writes a number in decimal digits; codes as `int32ToStr`.
+    /// Writes a number in decimal digits.
+    ///
+    /// @param[out] out  the text
+    /// @return PERR_OK
+    /// @return PERR_NO_MEMORY  the text could not be allocated; `out` is empty
     [[nodiscard]] static int uint64ToStr(unsigned long long v, PString& out);
 
     /// Writes "true" or "false".
@@ -464,8 +496,9 @@ public:
     /// cannot read) the text ends before it. Neither is a failure.
     /// @warning Text from outside never belongs into `format`; give it as an argument of "%ls".
     ///          Long text is cut without notice: join it with `PString::cat` instead.
-    /// @param[out] out  the text. Its former text stays alive during the call, so that an argument or
-    ///                  the format may point into it; `out` itself as the format is an empty one.
+    /// @param[out] out  the text. Its former text stays alive during the call, so that an argument
+    ///                  or the format may point into it; `out` itself as the format is an empty
+    ///                  one.
     /// @param format    terminated; a null one gives an empty text
     /// @param args      as `vswprintf` takes them; indeterminate afterwards
     /// @return PERR_OK
@@ -484,13 +517,17 @@ public:
     ///
     /// Later separators stay in the value: "a = b=c" gives "a" and "b=c". `text` may be one of the
     /// outputs. With one object as both outputs it ends with the value.
-    /// @param sep         the separator; 0 is found only within a length that counts bytes
-    /// @param[out] key    what stands before it, possibly nothing
+    ///
+    /// The search ends at the first zero character: a separator behind one is not found. A `sep` of
+    /// 0 splits there; the terminator is no separator.
+    /// @param text        the text; terminated
+    /// @param[out] key    what stands before the separator, possibly nothing
     /// @param[out] value  what stands behind it, possibly nothing
+    /// @param sep         the separator
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  the text holds no separator; both outputs are left alone
-    /// @return PERR_NO_MEMORY  a half could not be copied: `key` is empty and `value` left alone, or
-    ///                         `key` is set and `value` empty
+    /// @return PERR_NO_MEMORY  a half could not be copied: `key` is empty and `value` left alone,
+    ///                         or `key` is set and `value` empty
     [[nodiscard]] static int getKeyValue(PLiteral const& text, PString& key, PString& value,
                                          wchar_t sep);
 
@@ -498,7 +535,7 @@ public:
     ///
     /// Each is converted from multibyte text in the current locale; one that cannot be is empty, as
     /// is a null one. Where the first, the program's path, holds no separator, it becomes the pair
-    /// "process.name", separator, path.
+    /// "process.name", separator, path; the path is empty where it cannot be converted.
     /// @param argc           arguments in `argv`; 0 gives an empty array that must be released, too
     /// @param argv           multibyte texts
     /// @param[out] out       a new array; the caller releases it with `delete[]`
@@ -506,19 +543,20 @@ public:
     /// @param sep            the separator
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY  the array or a text could not be allocated, or `argc` is negative;
-    ///                         `out` is null
+    ///                         `out` is null, `outCount` is left alone
     [[nodiscard]] static int convertArgs(int argc, char** argv, PString*& out,
                                          unsigned long& outCount, wchar_t sep);
 
-    /// Fails: a link text names a program by the extension that executables have on other platforms.
+    /// Fails: a link text names a program by the extension that executables have on other
+    /// platforms.
     ///
     /// @param[out] path  cleared
     /// @param[out] args  cleared
     /// @return PERR_INVALID_ARGUMENT  always
     [[nodiscard]] static int parseLink(PLiteral const& link, PString& path, PString& args);
 
-    /// Turns every backslash of a path into a slash. Each operation that takes the path of a file or
-    /// program does so itself.
+    /// Turns every backslash of a path into a slash. Each operation that takes the path of a file
+    /// or program does so itself.
     ///
     /// @warning A name that holds a backslash, which Linux allows, is turned into another one.
     /// @return PERR_OK  always
@@ -534,15 +572,17 @@ public:
     /// The environment variable TALV_HOST_IP is the answer where it is set: its text as it stands,
     /// unchecked, also an empty one (converted as by the narrow `PString::set`, so that text beyond
     /// ASCII has a length of its bytes, and text that the locale cannot read gives an empty one).
+    /// Where no memory is left for the text, `out` is empty and the code is PERR_OK, too.
     /// Otherwise the host's name, completed by the resolver if it has no dot, is looked up, and the
     /// first IPv4 address of the answer is given in dotted form.
-    /// @warning On many machines the own name leads to a loopback address such as 127.0.1.1, and that
-    ///          is given. Set TALV_HOST_IP where other machines must use the answer.
+    /// @warning On many machines the own name leads to a loopback address such as 127.0.1.1, and
+    ///          that is given. Set TALV_HOST_IP where other machines must use the answer.
     /// @param[out] out  the address; left alone on failure
     /// @return PERR_OK
     /// @return PERR_SYSTEM     the name could not be read, completed or resolved
     /// @return PERR_NOT_FOUND  the host's name is empty
-    /// Threads: completing a name goes through the resolver's shared entry; call from one at a time.
+    /// Threads: completing a name goes through the resolver's shared entry; call from one at
+    /// a time.
     /// Blocks: as long as the resolver does, which may ask name servers.
     [[nodiscard]] static int getHostAddress(PString& out);
 };

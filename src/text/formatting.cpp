@@ -4,11 +4,13 @@
 #include <cwchar>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include <portinglayer/strings.h>
 
-#include "text/white_space.h"
+#include "text/assigned_text.h"
+#include "text/multibyte.h"
 
 namespace {
 
@@ -30,72 +32,47 @@ bool _formatShort(wchar_t (&shortText)[SHORT_TEXT], wchar_t const* format, va_li
     return written >= 0;
 }
 
-/// Assigns through the virtual operator, which has no code of its own: a text that could not be
-/// copied shows as a null pointer.
-int _assign(PString& out, wchar_t const* text) {
-    out = text;
-    return out.ptr() == nullptr ? PERR_NO_MEMORY : PERR_OK;
+/// Sets an element from its argument; the first one becomes a pair unless it is one already.
+int _setArgument(PString& element, char const* argument, bool first, wchar_t sep) {
+    std::unique_ptr<wchar_t[]> converted;
+    int result = _widenCopy(argument, P_WHOLE_STRING, converted);
+    if (result != PERR_OK) return result;
+
+    PLiteral const text(converted.get());
+    bool const pair =
+        std::wstring_view(text.ptr(), text.len()).find(sep) != std::wstring_view::npos;
+    if (first && !pair) {
+        result = element.set(PROGRAM_KEY, P_WHOLE_STRING);
+        if (result == PERR_OK) result = element.cat(&sep, 1);
+    }
+    return result == PERR_OK ? element.cat(text) : result;
 }
 
-/// Sets a text without the white space around it, with the result of `set` and `trim`.
-int _setTrimmed(PString& out, wchar_t const* s, unsigned long n) {
-    unsigned long front = 0;
-    while (front < n && _isWhite(s[front])) ++front;
-    unsigned long end = n;
-    while (end > front && _isWhite(s[end - 1])) --end;
-    // Moved to the front, a text ends at its first zero character.
-    unsigned long const kept = front == 0 ? end : wcsnlen(s + front, end - front);
-    if (kept > 0) return out.set(s + front, kept);
-
-    int const result = out.set(s, n);  // nothing is left: in which buffer, `trim` decides
-    return result == PERR_OK ? out.trim() : result;
-}
+}  // namespace
 
 /// Formats on the stack; whatever does not end well there is done again with all the room there is,
 /// on a ground of zeros: it gives the text cut by the limit, or what stands before a conversion that
 /// fails. The output is assigned last, so that arguments may point into its former text.
-int _format(PString& out, wchar_t const* format, unsigned long length, va_list args) {
+int PUtils::vformatString(PString& out, PLiteral const& format, va_list args) {
+    bool const emptied = &format == &out || format.ptr() == nullptr;  // the output goes first
+    if (emptied) return _assign(out, L"");
     wchar_t shortText[SHORT_TEXT];
-    if (_formatShort(shortText, format, args)) return _assign(out, shortText);
+    if (_formatShort(shortText, format.ptr(), args)) return _assign(out, shortText);
 
-    unsigned long const limit =
-        (length == P_WHOLE_STRING ? std::wcslen(format) : length) + HEADROOM;
+    unsigned long const limit = format.len() + HEADROOM;
     std::unique_ptr<wchar_t[]> const buffer(new (std::nothrow) wchar_t[limit + 1]());
     if (!buffer) {
         out.clear();
         return PERR_NO_MEMORY;
     }
-    (void)std::vswprintf(buffer.get(), limit, format, args);  // longer text is cut on purpose
+    (void)std::vswprintf(buffer.get(), limit, format.ptr(), args);  // longer text is cut on purpose
     return _assign(out, buffer.get());
-}
-
-/// Sets an element from its argument; the first one becomes a pair unless it is one already.
-int _setArgument(PString& element, char const* argument, bool first, wchar_t sep) {
-    PString text(argument, P_WHOLE_STRING);
-    unsigned long pos = 0;
-    bool const pair = text.chr(sep, pos, false, false) == PERR_OK && pos < text.len();
-    if (!first || pair) {
-        element = std::move(text);
-        return PERR_OK;
-    }
-    int result = element.set(PROGRAM_KEY, P_WHOLE_STRING);
-    if (result == PERR_OK) result = element.cat(&sep, 1);
-    if (result == PERR_OK) result = element.cat(text);
-    return result;
-}
-
-}  // namespace
-
-int PUtils::vformatString(PString& out, PLiteral const& format, va_list args) {
-    bool const cleared = &format == &out || format.ptr() == nullptr;  // the output is emptied first
-    return cleared ? _assign(out, L"") : _format(out, format.ptr(), format.len(), args);
 }
 
 int PUtils::pformatString(PString& out, wchar_t const* format, ...) {
     va_list args;
     va_start(args, format);
-    int const result =
-        format == nullptr ? _assign(out, L"") : _format(out, format, P_WHOLE_STRING, args);
+    int const result = vformatString(out, format, args);
     va_end(args);
     return result;
 }
@@ -106,9 +83,9 @@ int PUtils::getKeyValue(PLiteral const& text, PString& key, PString& value, wcha
 
     PString head;  // both are whole before an output changes: the text may be either
     PString tail;
-    int result = _setTrimmed(head, text.ptr(), pos);
+    int result = _setTrimmed(head, {text.ptr(), pos});
     bool const hasKey = result == PERR_OK;
-    if (hasKey) result = _setTrimmed(tail, text.ptr() + pos + 1, text.len() - pos - 1);
+    if (hasKey) result = _setTrimmed(tail, {text.ptr() + pos + 1, text.len() - pos - 1});
     key = std::move(head);
     if (hasKey) value = std::move(tail);
     return result;

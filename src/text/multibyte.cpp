@@ -7,8 +7,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <utility>
 
+#include "text/allocation.h"
 #include "text/ascii_block.h"
+#include "text/measured.h"
 #include "text/utf8_codec.h"
 
 // The C library converts each text through its general converter. Where the codeset is ASCII or
@@ -130,4 +133,17 @@ std::size_t _widen(wchar_t* out, char const* s, std::size_t limit) {
     }
     if (done < limit) *run.to = L'\0';
     return done;
+}
+
+int _widenCopy(char const* s, unsigned long n, std::unique_ptr<wchar_t[]>& made) {
+    n = _measured(s, n);
+    if (n == 0) return PERR_OK;
+
+    std::unique_ptr<wchar_t[]> buffer(_newText<wchar_t>(n, 0, CONVERSION_SPARE));
+    if (!buffer) return PERR_NO_MEMORY;
+    std::size_t const done = _widen(buffer.get(), s, n);
+    if (done == 0 || done == MULTIBYTE_FAILED) return PERR_OK;
+    std::fill(buffer.get() + done, buffer.get() + n + CONVERSION_SPARE, L'\0');
+    made = std::move(buffer);
+    return PERR_OK;
 }

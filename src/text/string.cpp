@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 #include <cwchar>
 #include <memory>
 #include <utility>
@@ -7,6 +6,7 @@
 #include <portinglayer/strings.h>
 
 #include "text/allocation.h"
+#include "text/measured.h"
 #include "text/white_space.h"
 
 namespace {
@@ -16,10 +16,6 @@ using Buffer = std::unique_ptr<wchar_t[]>;
 /// The owned characters: what a string holds was allocated by itself, so it may write there.
 wchar_t* _own(wchar_t const* text) {
     return const_cast<wchar_t*>(text);
-}
-
-unsigned long _measured(wchar_t const* s, unsigned long n) {
-    return n == P_WHOLE_STRING && s != nullptr ? wcslen(s) : n;
 }
 
 /// A terminated text of two parts; null without memory for it.
@@ -70,15 +66,13 @@ PString& PString::operator=(PLiteral const& o) {
 
 PString& PString::operator=(wchar_t const* s) {
     Buffer const old(_own(text));  // freed last: the new text may stand in it
-    text = nullptr;
     length = 0;
-    text = dupPtr(s, P_WHOLE_STRING, length);
+    text = dupPtr(s, P_WHOLE_STRING, length);  // which has a buffer for an empty text, unlike `set`
     return *this;
 }
 
 PString& PString::operator=(PString const& o) {
-    (void)set(o.text, o.length);  // without memory the string is empty, which callers can see
-    return *this;
+    return *this = static_cast<PLiteral const&>(o);
 }
 
 PString& PString::operator=(PString&& o) noexcept {
@@ -95,7 +89,7 @@ PString& PString::operator+=(PLiteral const& o) {
 }
 
 PString& PString::operator+=(wchar_t const* s) {
-    if (s != nullptr) (void)cat(s, wcslen(s));  // the operator has no way to tell
+    (void)cat(s, P_WHOLE_STRING);  // the operator has no way to tell
     return *this;
 }
 
@@ -107,7 +101,7 @@ void PString::clear() {
 
 int PString::cat(wchar_t const* s, unsigned long n) {
     n = _measured(s, n);
-    if (n == 0 || s == nullptr) return PERR_OK;
+    if (n == 0) return PERR_OK;
 
     Buffer joined = _joined(text, length, s, n);
     if (!joined) return PERR_NO_MEMORY;
@@ -122,8 +116,8 @@ int PString::cat(PLiteral const& o) {
 }
 
 int PString::cat(char const* s, unsigned long n) {
-    if (n == P_WHOLE_STRING && s != nullptr) n = strlen(s);
-    if (n == 0 || s == nullptr) return PERR_OK;
+    n = _measured(s, n);
+    if (n == 0) return PERR_OK;
 
     Buffer wide(pchar2pwchar(s, n));
     if (!wide) return PERR_NO_MEMORY;
@@ -157,7 +151,7 @@ int PString::set(char const* s, unsigned long n) {
 int PString::insert(unsigned long pos, wchar_t const* s, unsigned long n) {
     n = _measured(s, n);
     if (pos > length) return PERR_INVALID_ARGUMENT;
-    if (n == 0 || s == nullptr) return PERR_OK;
+    if (n == 0) return PERR_OK;
     if (text == nullptr || length == 0) return set(s, n);
     if (pos == length) return cat(s, n);
 
@@ -192,15 +186,9 @@ int PString::erase(unsigned long pos, unsigned long count) {
 
 int PString::trim() {
     if (text == nullptr || length == 0) return PERR_OK;
-    wchar_t* const chars = _own(text);
-
-    unsigned long front = 0;
-    while (front < length && _isWhite(chars[front])) ++front;
-    while (length > 0 && _isWhite(chars[length - 1])) chars[--length] = L'\0';
-    if (front == 0) return PERR_OK;
-
-    length = wcslen(chars + front);
-    std::copy_n(chars + front, length + 1, chars);
+    std::wstring_view const kept = _trimmed({text, length});
+    *std::copy(kept.begin(), kept.end(), _own(text)) = L'\0';
+    length = kept.size();
     return PERR_OK;
 }
 
