@@ -40,8 +40,8 @@ int _lockFailure(int error) {
 int _open(char const* path) {
     constexpr int FLAGS = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     int fd = ::open(path, O_RDWR | FLAGS);  // some file systems lock only what may be written
-    if (fd == -1 && errno == ENOENT) return ::open(path, O_RDWR | O_CREAT | FLAGS, NEW_FILE_MODE);
-    if (fd == -1) fd = ::open(path, O_RDONLY | FLAGS);
+    if (fd == NONE && errno != ENOENT) fd = ::open(path, O_RDONLY | FLAGS);
+    if (fd == NONE && errno == ENOENT) fd = ::open(path, O_RDWR | O_CREAT | FLAGS, NEW_FILE_MODE);
     return fd;
 }
 

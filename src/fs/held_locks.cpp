@@ -3,22 +3,36 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <mutex>
 #include <utility>
 
 namespace {
 
-std::mutex change;
+pthread_mutex_t change = PTHREAD_MUTEX_INITIALIZER;
 PFileLock* first = nullptr;
 unsigned int forkCount = 0;
 
+/// Holds the mutex, which nothing but a missing initialisation keeps from being locked; that of the
+/// standard library would throw.
+class Changing {
+public:
+    Changing() : held(pthread_mutex_lock(&change) == 0) {}
+    ~Changing() {
+        if (held) (void)pthread_mutex_unlock(&change);
+    }
+    Changing(Changing const&) = delete;
+    Changing& operator=(Changing const&) = delete;
+
+private:
+    bool held;
+};
+
 void _beforeFork() {
-    change.lock();
+    (void)pthread_mutex_lock(&change);
     ++forkCount;
 }
 
-void _inParent() {
-    change.unlock();
+void _afterFork() {
+    (void)pthread_mutex_unlock(&change);
 }
 
 }  // namespace
@@ -26,21 +40,21 @@ void _inParent() {
 void HeldLocks::giveUp() {
     for (PFileLock* lock = std::exchange(first, nullptr); lock != nullptr; lock = lock->next)
         (void)::close(std::exchange(lock->fd, -1));
-    change.unlock();
+    _afterFork();
 }
 
 bool HeldLocks::watchForks() {
-    static bool const watched = pthread_atfork(_beforeFork, _inParent, giveUp) == 0;
+    static bool const watched = pthread_atfork(_beforeFork, _afterFork, giveUp) == 0;
     return watched;
 }
 
 unsigned int HeldLocks::forks() {
-    std::lock_guard const guard(change);
+    Changing const alone;
     return forkCount;
 }
 
 bool HeldLocks::add(PFileLock& lock, int fd, unsigned int forks) {
-    std::lock_guard const guard(change);
+    Changing const alone;
     if (forkCount != forks) return false;
     lock.fd = fd;
     lock.holder = getpid();
@@ -49,7 +63,7 @@ bool HeldLocks::add(PFileLock& lock, int fd, unsigned int forks) {
 }
 
 void HeldLocks::close(PFileLock& lock) {
-    std::lock_guard const guard(change);
+    Changing const alone;
     PFileLock** link = &first;
     while (*link != &lock) link = &(*link)->next;
     *link = lock.next;

@@ -33,6 +33,8 @@ void operator delete(void* block, std::size_t) noexcept { operator delete(block)
 
 WATCH(open) WATCH(read) WATCH(write) WATCH(lseek) WATCH(fstat) WATCH(stat) WATCH(access) WATCH(fsync)
 WATCH(flock) WATCH(fcntl) WATCH(rename) WATCH(unlink) WATCH(rmdir) WATCH(mkdir) WATCH(readlink)
+WATCH(openat) WATCH(fstatat) WATCH(fchmod) WATCH(renameat) WATCH_RELEASE(unlinkat) WATCH(readlinkat)
+WATCH(getrandom)
 WATCH_NULL(opendir) WATCH_NULL(readdir) WATCH_RELEASE(closedir) WATCH_RELEASE(close)
 WATCH_NULL(fopen) WATCH_NULL(fread) WATCH_NULL(fgets) WATCH(getpriority) WATCH(fork) WATCH(waitpid)
 WATCH(chdir) WATCH(setenv) WATCH(execvp) WATCH_PAUSE(usleep) WATCH_PAUSE(sleep)

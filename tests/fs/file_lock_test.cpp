@@ -147,15 +147,14 @@ TEST(FileLock, IsTakenSoonAfterItComesFreeAtNextToNoProcessorTime) {
     auto soonest = milliseconds::max();
     auto const used = _processorTime();
     for (int round = 0; round < 5; ++round) {
-        auto held = std::make_unique<PFileLock>();
-        ASSERT_CODE(PERR_OK, held->lock(name.c_str(), 0));
+        PFileLock held, lock;
+        ASSERT_CODE(PERR_OK, held.lock(name.c_str(), 0));
         steady_clock::time_point released;
         std::thread releasing([&] {
             std::this_thread::sleep_for(milliseconds(203));
             released = steady_clock::now();
-            held.reset();
+            EXPECT_CODE(PERR_OK, held.unlock());
         });
-        PFileLock lock;
         EXPECT_CODE(PERR_OK, lock.lock(name.c_str(), FOREVER));
         auto const taken = steady_clock::now();
         releasing.join();
