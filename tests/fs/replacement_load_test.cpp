@@ -56,7 +56,7 @@ TEST(ReplacementLoad, KilledAtAnyMomentLeavesTheOldContentOrTheNew) {
             *isWithin = false;
             return pause();
         });
-        std::this_thread::sleep_for(microseconds(random() % (2 * usual.count())));
+        std::this_thread::sleep_for(microseconds(random() % (usual.count() * 5 / 4)));
         ASSERT_EQ(0, kill(replacing.pid, SIGKILL));
         ASSERT_EQ(-SIGKILL, replacing.wait());
 
