@@ -13,9 +13,11 @@
 /// DIN_66003 (of the Debian package `locales`); afterwards those of the C locale.
 class MadeLocale {
 public:
-    explicit MadeLocale(std::string const& codeset) {
-        std::string const make = "localedef --quiet --no-warnings=ascii -c -i POSIX -f ";
-        (void)std::system((make + codeset + " " + folder.path(codeset) + " 2>/dev/null").c_str());
+    /// `source` is a definition that the package has, such as tr_TR, or the path of one.
+    explicit MadeLocale(std::string const& codeset, std::string const& source = "POSIX") {
+        std::string const make =
+            "localedef --quiet --no-warnings=ascii -c -i " + source + " -f " + codeset;
+        (void)std::system((make + " " + folder.path(codeset) + " 2>/dev/null").c_str());
         (void)setenv("LOCPATH", folder.dir().c_str(), 1);
         if (std::setlocale(LC_CTYPE, codeset.c_str()) == nullptr)
             throw std::runtime_error("localedef of the package locales made none of " + codeset);

@@ -34,11 +34,6 @@ std::array<bool, 6> compared(auto const& a, auto const& b) {
     return {a == b, a != b, a<b, a <= b, a> b, a >= b};
 }
 
-std::wstring _upper(std::wstring text) {
-    for (wchar_t& c : text) c = PLiteral::toupper(c);
-    return text;
-}
-
 template <typename T>
 void _compare(int (*read)(PLiteral const&, T&), int (*write)(T, PString&), wchar_t const* format,
               std::wstring const& text) {
@@ -97,32 +92,6 @@ struct Noted {
 };
 
 }  // namespace
-
-TEST(Literal, FindsWhatTheStandardLibraryFinds) {
-    setlocale(LC_CTYPE, "C.UTF-8");
-    for (int i = 0; i < 60000; ++i) {
-        std::wstring const letters = i % 4 == 0 ? L"abA\u00e9\u00c9\U00010428\u00e1" : L"abA";
-        std::wstring const text = pick(letters, i % 5 == 0 ? 90 : 12);
-        std::wstring const part = text.substr(dice() % (text.size() + 1), dice() % 80);
-        std::wstring const what = i % 3 == 0 ? part : i % 3 == 1 ? _upper(part) : pick(letters, 3);
-        SCOPED_TRACE(testing::Message() << what << " in " << text);
-        bool const fold = dice() % 2 == 0, fromEnd = dice() % 2 == 0,
-                   never = what.empty() && !text.empty();
-        std::wstring const a = fold ? _upper(text) : text, b = fold ? _upper(what) : what;
-        size_t const first = never ? a.npos : a.find(b), last = never ? a.npos : a.rfind(b);
-
-        PLiteral const literal(text.c_str()), sought(what.c_str());
-        unsigned long pos = a.npos, n = dice() % 8 == 0 ? 1 : what.size();
-        int const code = n == 1 && what.size() == 1 && dice() % 2 == 0
-                             ? literal.chr(what[0], pos, fromEnd, fold)
-                             : literal.str(sought, pos, fromEnd, fold);
-        ASSERT_EQ(pos, fromEnd ? last : first);
-        ASSERT_EQ(code, pos == a.npos ? PERR_NOT_FOUND : PERR_OK);
-        ASSERT_EQ(literal.startsWith(what.c_str(), 1, fold), first == 0);
-        ASSERT_EQ(literal.endsWith(sought, fold), last != a.npos && last + b.size() == a.size());
-        ASSERT_EQ(literal.endsWith(what.c_str(), n, fold), last != a.npos && last + n == a.size());
-    }
-}
 
 TEST(Comparisons, AreByLengthBeforeCharactersAndByCount) {
     wchar_t const* const ascending[] = {nullptr, L"b", L"aa", L"abc", L"abd", L"abcd"};
