@@ -13,7 +13,7 @@
 /// | tagged number | 07, value (4 bytes) |
 ///
 /// A payload is multibyte text in the character-type locale of the process, which should be a UTF-8
-/// one; the library never sets a locale.
+/// one, the same for writer and reader; the library never sets a locale.
 ///
 /// A stream may come from anyone. No reading operation looks behind the vector's end, and none
 /// takes memory or time in proportion to a length or count that a stream claims but doesn't hold.
@@ -68,6 +68,10 @@ protected:
 class PORTINGLAYER_EXPORT PDataReader : public PDataFormater {
 public:
     /// Reads from `bytes`, starting at position 0.
+    ///
+    /// @warning Never give it a temporary, such as what a function returns or a list in braces: the
+    ///          reader only refers to the vector, which is gone at the end of the statement. Keep
+    ///          it in a variable that outlives the reader.
     explicit PDataReader(std::vector<unsigned char> const& bytes);
     ~PDataReader() override;
 
@@ -126,7 +130,8 @@ public:
     /// Reads a string item. Zero bytes at the end of its payload disappear: text ends at the first.
     ///
     /// @warning A marker that doesn't fit is consumed: after PERR_DATA_MARKER the next call starts
-    ///          one byte further. Set the position back with `setOffset` to try something else there.
+    ///          one byte further. Set the position back with `setOffset` to try something else
+    ///          there.
     /// @param[out] text  replaced on success; left alone by any failure but PERR_NO_MEMORY
     /// @return PERR_OK           an empty payload makes `text` empty
     /// @return PERR_DATA_SHORT   nothing is left: the position stays; or fewer than 6 bytes were
@@ -142,10 +147,13 @@ public:
     /// stays in front, and texts read before a failure stay.
     ///
     /// An element that cannot be read is tried again from where its reading ended, as many times as
-    /// the count says, and the code of the last try is returned. An element whose marker doesn't fit
-    /// thus ends the list; one whose payload is cut costs its 5 bytes of marker and length, and
+    /// the count says, and the code of the last try is returned. An element whose marker doesn't
+    /// fit thus ends the list; one whose payload is cut costs its 5 bytes of marker and length, and
     /// reading goes on behind them.
     ///
+    /// @warning PERR_OK may come with fewer texts than the count announced, when a later try found
+    ///          an element in what an earlier one left. Where the number matters, compare the size
+    ///          of `list` before and after.
     /// @warning An empty list that ends the stream returns PERR_DATA_SHORT although it was read
     ///          whole. Where that matters, compare the position with the size of the stream.
     /// @return PERR_OK           the last element was read, or the count is 0 and more bytes follow
@@ -155,8 +163,8 @@ public:
     ///                           or its payload is cut: the position is behind its length
     /// @return PERR_DATA_MARKER  the first byte is not 89: it is consumed; or the last element does
     ///                           not start with 85: the position is at that byte
-    /// @return PERR_DATA_DECODE  a payload converts to nothing or not at all: the position is behind
-    ///                           it and no further element is tried
+    /// @return PERR_DATA_DECODE  a payload converts to nothing or not at all: the position is
+    ///                           behind it and no further element is tried
     /// @return PERR_NO_MEMORY    no memory for an element or for `list` to grow: the position is
     ///                           behind the payload and no further element is tried
     [[nodiscard]] int readStrings(std::vector<PString>& list);
@@ -214,8 +222,8 @@ public:
     ///          way call `PDataReader::encodeUtf8`.
     /// @warning Text is cut at the first character that no longer fits into that number of bytes,
     ///          and the rest is filled with zero bytes: in UTF-8 only ASCII survives whole, "a"
-    ///          followed by an accented letter becomes 61 00. To carry any text whole, append its
-    ///          characters as numbers with `appendDword`.
+    ///          followed by an accented letter becomes 61 00. To carry any text whole in a UTF-8
+    ///          locale, write what `PUtf8::padded` makes of it.
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY    `bytes` cannot grow; nothing is appended
     /// @return PERR_DATA_ENCODE  `text` is empty, its first character doesn't fit, or a character
@@ -287,7 +295,8 @@ struct PTargetInfo {
 ///
 /// The reading operations of single records stop at the first member that fails; members read
 /// before it keep their new values. The position stays where the failing member left it: for a text
-/// as `PDataReader::readString` says; for a tagged number, cut or with a wrong marker, at its marker.
+/// as `PDataReader::readString` says; for a tagged number, cut or with a wrong marker, at its
+/// marker.
 ///
 /// Threads: as the stream given to it. Nothing blocks.
 class PORTINGLAYER_EXPORT PDataFormaterUtils {
@@ -320,8 +329,9 @@ public:
     /// Reads the identifier, then the address; codes as `readPAddress`.
     [[nodiscard]] static int readPTargetInfo(PDataReader& reader, PTargetInfo& info);
 
-    /// Appends 07, the number of records and each record; codes as `writePAddress`. After a failure the
-    /// stream holds the full count, the records before the failing one and that one's beginning.
+    /// Appends 07, the number of records and each record; codes as `writePAddress`. After a failure
+    /// the stream holds the full count, the records before the failing one and that one's
+    /// beginning.
     [[nodiscard]] static int writePTargetInfoArray(PDataWriter& writer,
                                                    std::vector<PTargetInfo> const& list);
 

@@ -3,19 +3,22 @@
 #ifndef PORTINGLAYER_THREADS_H
 #define PORTINGLAYER_THREADS_H
 
+#include <memory>
+
 #include <sys/types.h>
 
 #include <portinglayer/export.h>
 #include <portinglayer/result_codes.h>
 
 /// Owns at most one system thread at a time. It has two states, without thread (at first) and with
-/// thread (after a successful `pcreate`); any of `pjoin`, `pdetach` and `pterminate` leads back to the
-/// first, whatever it returns, and a new thread may then be started. Destroying the object detaches an
-/// owned thread, which keeps running. A thread routine that throws ends the whole program, as with any
-/// system thread.
+/// thread (after a successful `pcreate`); any of `pjoin`, `pdetach` and `pterminate` leads back to
+/// the first, whatever it returns, and a new thread may then be started. Destroying the object
+/// detaches an owned thread, which keeps running. A thread routine that throws ends the whole
+/// program, as with any system thread.
 ///
-/// Threads: an object is driven by one controlling thread; its operations take no lock. `psleep` and
-/// `getCurrentThreadId` may be called from any thread.
+/// Threads: an object is driven by one controlling thread; its operations take no lock. `psleep`
+/// and `getCurrentThreadId` may be called from any thread. Only `pjoin` and `psleep` are
+/// cancellation points.
 class PORTINGLAYER_EXPORT PThread {
 public:
     /// Makes an object without thread.
@@ -29,9 +32,9 @@ public:
 
     /// Starts a joinable thread, with the system's default attributes, that runs `func(arg)`.
     ///
-    /// @warning The new thread reads `func` and `arg` out of this object when it begins to run: keep the
-    ///          object alive, and start no second thread with it, until the routine has begun (for
-    ///          instance until it has posted a semaphore), even after `pdetach`.
+    /// @warning The new thread reads `func` and `arg` out of this object when it begins to run:
+    ///          keep the object alive, and start no second thread with it, until the routine has
+    ///          begun (for instance until it has posted a semaphore), even after `pdetach`.
     /// @param func  the routine of the thread; its result is the thread's result
     /// @param arg   passed to it as it is; stays the caller's
     /// @return PERR_OK             the thread was started and is owned
@@ -45,10 +48,11 @@ public:
     /// @param[out] result  what the routine returned; written only on success
     /// @return PERR_OK           joined
     /// @return PERR_THREAD       no thread was owned
-    /// @return PERR_THREAD_JOIN  the system refused, such as for a thread that joins itself; the thread
-    ///                           is no longer owned and stays unjoined
+    /// @return PERR_THREAD_JOIN  the system refused, such as for a thread that joins itself; the
+    ///                           thread is no longer owned and stays unjoined
     ///
-    /// Blocks: until the thread ends; a cancellation point of the calling thread.
+    /// Blocks: until the thread ends, and is a cancellation point while it waits: where the calling
+    /// thread is cancelled here, the other one goes on, no longer owned and unjoined.
     [[nodiscard]] int pjoin(void*& result);
 
     /// Lets the owned thread run on by itself; afterwards without thread.
@@ -61,9 +65,12 @@ public:
     /// Requests the cancellation of the owned thread; afterwards without thread.
     ///
     /// The thread ends when it reaches a cancellation point, later than this call returns.
-    /// @warning The cancelled thread is neither joined nor detached: the system keeps what it holds (its
-    ///          stack among it) until the process ends. Prefer to ask the routine to return, and `pjoin`
-    ///          it; where cancelling is a must, let the routine first detach itself.
+    /// @warning The cancelled thread is neither joined nor detached: the system keeps what it holds
+    ///          (its stack among it) until the process ends. Prefer to ask the routine to return,
+    ///          and `pjoin` it. Where cancelling is a must, let a cleanup handler of the routine
+    ///          detach the thread (`pthread_cleanup_push`, `pthread_detach(pthread_self())`): a
+    ///          thread detached earlier may be gone when the request comes, which then meets a
+    ///          stranger that has its handle.
     /// @param arg  unused
     /// @return PERR_OK             the request was delivered
     /// @return PERR_THREAD         no thread was owned
@@ -73,13 +80,14 @@ public:
     /// Tells whether the owned thread still exists to the system.
     ///
     /// The answer may be outdated as soon as it is given.
-    /// @warning A thread that has ended but was not joined may still count as existing, as it does with
-    ///          the current C library: let the routine itself report that it is done, or `pjoin` it.
+    /// @warning A thread that has ended but was not joined may still count as existing, as it does
+    ///          with the current C library: let the routine itself report that it is done, or
+    ///          `pjoin` it.
     /// @return false without a thread
     bool isAlive() const;
 
-    /// Gives the low 32 bits of the owned thread's system handle, 0 without a thread. Two threads may
-    /// share them: for messages, not for telling threads apart.
+    /// Gives the low 32 bits of the owned thread's system handle, 0 without a thread. Two threads
+    /// may share them: for messages, not for telling threads apart.
     unsigned int getThreadId();
 
     /// Gives the system handle of the calling thread.
@@ -90,13 +98,13 @@ public:
 
     /// Makes the calling thread sleep.
     ///
-    /// @warning The length is counted in microseconds in 32 bits: above 4294967 milliseconds it wraps and
-    ///          the sleep is far too short. Sleep longer in several calls.
+    /// @warning The length is counted in microseconds in 32 bits: above 4294967 milliseconds it
+    ///          wraps and the sleep is far too short. Sleep longer in several calls.
     /// @param milliseconds  how long; 0 returns at once
     /// @return 0   slept at least that long
     /// @return -1  a signal interrupted the sleep, the rest of which is not slept
     ///
-    /// Blocks: yes, and is a cancellation point of the calling thread.
+    /// Blocks: yes, and is a cancellation point.
     static int psleep(unsigned int milliseconds);
 
     /// The routine that every new thread begins with; not for callers.
@@ -111,8 +119,8 @@ private:
         void* threadArg;
     };
 
-    Start start;              ///< read by the new thread, hence here and not on a stack
-    pthread_t* threadHandle;  ///< owned; null without a thread
+    Start start;  ///< read by the new thread, hence here and not on a stack
+    std::unique_ptr<pthread_t> threadHandle;  ///< null without a thread
 };
 
 /// A moment as the local calendar shows it, and a tick count for measuring. A plain record that
@@ -127,8 +135,8 @@ public:
     /// @return PERR_OK  always
     [[nodiscard]] static int getTime(PTime& time);
 
-    /// Gives the milliseconds of a clock that only moves forward, from an arbitrary beginning (the start
-    /// of the machine); where that clock cannot be read, the milliseconds since 1970.
+    /// Gives the milliseconds of a clock that only moves forward, from an arbitrary beginning (the
+    /// start of the machine); where that clock cannot be read, the milliseconds since 1970.
     ///
     /// Threads: from any.
     static long long getTickCount();

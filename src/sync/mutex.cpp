@@ -1,6 +1,6 @@
-#include <cerrno>
 #include <new>
 #include <pthread.h>
+#include <utility>
 
 #include <portinglayer/synchronisation.h>
 
@@ -17,50 +17,34 @@ bool _initRecursive(pthread_mutex_t* mutex) {
     return done;
 }
 
-int _openFailure(int error) {
-    switch (error) {
-    case EEXIST: return PERR_MUTEX_EXISTS;
-    case ENOSYS: return PERR_NOT_SUPPORTED;
-    case ENOENT: return PERR_MUTEX_NOT_FOUND;
-    default: return PERR_MUTEX;
-    }
-}
-
 }  // namespace
 
-PMutex::PMutex() : named(false), semName(nullptr), mutexHandle(nullptr), semHandle(nullptr) {
+PMutex::PMutex() : named(false), semHandle(nullptr) {
 }
 
-PMutex::PMutex(PLiteral const& name)
-    : named(true), semName(name.ascii()), mutexHandle(nullptr), semHandle(nullptr) {
+PMutex::PMutex(PLiteral const& name) : named(true), semName(name.ascii()), semHandle(nullptr) {
 }
 
 PMutex::~PMutex() {
     (void)close();  // nobody is left to be told
-    delete[] semName;
 }
 
 int PMutex::init(bool create) {
-    if (named) {
-        if (semHandle != nullptr) return PERR_MUTEX_INITIALISED;
-        semHandle = _openNamedSemaphore(semName, create, 1);
-        return semHandle != nullptr ? PERR_OK : _openFailure(errno);
-    }
+    if (mutexHandle != nullptr || semHandle != nullptr) return PERR_MUTEX_INITIALISED;
+    if (named)
+        return _openNamedSemaphore(semHandle, semName.get(), create, 1,
+                                   {PERR_MUTEX_EXISTS, PERR_MUTEX_NOT_FOUND, PERR_MUTEX});
 
-    if (mutexHandle != nullptr) return PERR_MUTEX_INITIALISED;
-    mutexHandle = new (std::nothrow) pthread_mutex_t{};
-    if (mutexHandle == nullptr) return PERR_MUTEX;
-    if (_initRecursive(mutexHandle)) return PERR_OK;
-
-    delete mutexHandle;
-    mutexHandle = nullptr;
+    mutexHandle.reset(new (std::nothrow) pthread_mutex_t{});
+    if (mutexHandle != nullptr && _initRecursive(mutexHandle.get())) return PERR_OK;
+    mutexHandle.reset();
     return PERR_MUTEX;
 }
 
 int PMutex::lock() {
     // At most one of the handles is ever set, so the common form is found with one look.
     if (mutexHandle != nullptr)
-        return pthread_mutex_lock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
+        return pthread_mutex_lock(mutexHandle.get()) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
 
     if (semHandle == nullptr) return PERR_MUTEX;
     return sem_wait(semHandle) == 0 ? PERR_OK : PERR_MUTEX_LOCK;
@@ -68,23 +52,17 @@ int PMutex::lock() {
 
 int PMutex::unlock() {
     if (mutexHandle != nullptr)
-        return pthread_mutex_unlock(mutexHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
+        return pthread_mutex_unlock(mutexHandle.get()) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
 
     if (semHandle == nullptr) return PERR_MUTEX;
     return sem_post(semHandle) == 0 ? PERR_OK : PERR_MUTEX_UNLOCK;
 }
 
 int PMutex::close() {
-    if (named) {
-        if (semHandle == nullptr) return PERR_MUTEX;
-        bool const closed = _closeNamedSemaphore(semHandle, semName);
-        semHandle = nullptr;
-        return closed ? PERR_OK : PERR_MUTEX_CLOSE;
-    }
+    if (sem_t* const semaphore = std::exchange(semHandle, nullptr); semaphore != nullptr)
+        return _closeNamedSemaphore(semaphore, semName.get()) ? PERR_OK : PERR_MUTEX_CLOSE;
 
-    if (mutexHandle == nullptr) return PERR_MUTEX;
-    bool const destroyed = pthread_mutex_destroy(mutexHandle) == 0;
-    delete mutexHandle;
-    mutexHandle = nullptr;
-    return destroyed ? PERR_OK : PERR_MUTEX_CLOSE;
+    auto const mutex = std::exchange(mutexHandle, nullptr);
+    if (mutex == nullptr) return PERR_MUTEX;
+    return pthread_mutex_destroy(mutex.get()) == 0 ? PERR_OK : PERR_MUTEX_CLOSE;
 }

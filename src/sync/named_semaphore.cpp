@@ -4,6 +4,8 @@
 #include <cstring>
 #include <fcntl.h>
 
+#include <portinglayer/result_codes.h>
+
 namespace {
 
 constexpr mode_t NAME_MODE = 0770;
@@ -19,18 +21,24 @@ sem_t* _open(char const* name, bool create, unsigned int value) {
 
 }  // namespace
 
-sem_t* _openNamedSemaphore(char* name, bool create, unsigned int value) {
-    if (name == nullptr) {
-        errno = EINVAL;
-        return nullptr;
+int _openNamedSemaphore(sem_t*& semaphore, char* name, bool create, unsigned int value,
+                        NamedSemaphoreCodes const& codes) {
+    semaphore = nullptr;
+    if (name == nullptr) return codes.refused;
+
+    semaphore = _open(name, create, value);
+    if (semaphore == nullptr && errno == ENAMETOOLONG && std::strlen(name) >= SAFE_NAME_LENGTH) {
+        name[SAFE_NAME_LENGTH] = '\0';
+        semaphore = _open(name, create, value);
     }
+    if (semaphore != nullptr) return PERR_OK;
 
-    sem_t* const semaphore = _open(name, create, value);
-    if (semaphore != nullptr || errno != ENAMETOOLONG) return semaphore;
-    if (std::strlen(name) < SAFE_NAME_LENGTH) return nullptr;
-
-    name[SAFE_NAME_LENGTH] = '\0';
-    return _open(name, create, value);
+    switch (errno) {
+    case EEXIST: return codes.exists;
+    case ENOENT: return codes.missing;
+    case ENOSYS: return PERR_NOT_SUPPORTED;
+    default: return codes.refused;
+    }
 }
 
 bool _closeNamedSemaphore(sem_t* semaphore, char const* name) {

@@ -1,29 +1,14 @@
 #include <cerrno>
-#include <ctime>
+#include <memory>
 #include <new>
 #include <utility>
 
 #include <portinglayer/synchronisation.h>
 
 #include "sync/named_semaphore.h"
+#include "sync/system_times.h"
 
-namespace {
-
-constexpr unsigned int MILLISECONDS_PER_SECOND = 1000;
-constexpr long NANOSECONDS_PER_MILLISECOND = 1'000'000;
-
-int _openFailure(int error) {
-    switch (error) {
-    case ENOENT: return PERR_SEMAPHORE_NOT_FOUND;
-    case EEXIST: return PERR_SEMAPHORE_EXISTS;
-    case ENOSYS: return PERR_NOT_SUPPORTED;
-    default: return PERR_SEMAPHORE;
-    }
-}
-
-}  // namespace
-
-PSemaphore::PSemaphore() : named(false), semName(nullptr), semHandle(nullptr) {
+PSemaphore::PSemaphore() : named(false), semHandle(nullptr) {
 }
 
 PSemaphore::PSemaphore(PLiteral const& name)
@@ -32,16 +17,16 @@ PSemaphore::PSemaphore(PLiteral const& name)
 
 PSemaphore::~PSemaphore() {
     (void)close();  // nobody is left to be told
-    delete[] semName;
 }
 
 int PSemaphore::init(unsigned int value, bool create) {
     if (semHandle != nullptr) return PERR_SEMAPHORE_INITIALISED;
-    if (named) {
-        semHandle = _openNamedSemaphore(semName, create, value);
-        return semHandle != nullptr ? PERR_OK : _openFailure(errno);
-    }
+    if (named)
+        return _openNamedSemaphore(
+            semHandle, semName.get(), create, value,
+            {PERR_SEMAPHORE_EXISTS, PERR_SEMAPHORE_NOT_FOUND, PERR_SEMAPHORE});
 
+    // No holder, as the other form's handle is the system's.
     semHandle = new (std::nothrow) sem_t{};
     if (semHandle == nullptr) return PERR_NO_MEMORY;
     if (sem_init(semHandle, 1, value) == 0) return PERR_OK;
@@ -64,9 +49,7 @@ int PSemaphore::wait(unsigned int milliseconds) {
     if (semHandle == nullptr) return PERR_SEMAPHORE;
 
     // No clock is added: the deadline is long past, and the call takes at once or not at all.
-    timespec const deadline{.tv_sec = milliseconds / MILLISECONDS_PER_SECOND,
-                            .tv_nsec = static_cast<long>(milliseconds % MILLISECONDS_PER_SECOND) *
-                                       NANOSECONDS_PER_MILLISECOND};
+    timespec const deadline = _toTimespec(std::chrono::milliseconds(milliseconds));
     if (sem_timedwait(semHandle, &deadline) == 0) return PERR_OK;
     return errno == ETIMEDOUT ? PERR_SEMAPHORE_TIMEOUT : PERR_SEMAPHORE_WAIT;
 }
@@ -84,9 +67,9 @@ int PSemaphore::getValue(int& value) {
 int PSemaphore::close() {
     sem_t* const semaphore = std::exchange(semHandle, nullptr);
     if (semaphore == nullptr) return PERR_SEMAPHORE;
-    if (named) return _closeNamedSemaphore(semaphore, semName) ? PERR_OK : PERR_SEMAPHORE_CLOSE;
+    if (named)
+        return _closeNamedSemaphore(semaphore, semName.get()) ? PERR_OK : PERR_SEMAPHORE_CLOSE;
 
-    bool const destroyed = sem_destroy(semaphore) == 0;
-    delete semaphore;
-    return destroyed ? PERR_OK : PERR_SEMAPHORE_CLOSE;
+    std::unique_ptr<sem_t> const owned(semaphore);
+    return sem_destroy(semaphore) == 0 ? PERR_OK : PERR_SEMAPHORE_CLOSE;
 }

@@ -1,5 +1,4 @@
 #include <csignal>
-#include <memory>
 #include <new>
 #include <pthread.h>
 #include <unistd.h>
@@ -7,13 +6,7 @@
 
 #include <portinglayer/threads.h>
 
-namespace {
-
-constexpr unsigned int MICROSECONDS_PER_MILLISECOND = 1000;
-
-}  // namespace
-
-PThread::PThread() : start{nullptr, nullptr}, threadHandle(nullptr) {
+PThread::PThread() : start{nullptr, nullptr} {
 }
 
 PThread::~PThread() {
@@ -25,31 +18,28 @@ int PThread::pcreate(void* (*func)(void*), void* arg) {
     if (func == nullptr) return PERR_THREAD;
 
     start = {func, arg};
-    threadHandle = new (std::nothrow) pthread_t{};
-    if (threadHandle == nullptr) return PERR_THREAD;
-    if (pthread_create(threadHandle, nullptr, _proxyThreadProc, &start) == 0) return PERR_OK;
-
-    delete threadHandle;
-    threadHandle = nullptr;
+    threadHandle.reset(new (std::nothrow) pthread_t{});
+    if (threadHandle != nullptr &&
+        pthread_create(threadHandle.get(), nullptr, _proxyThreadProc, &start) == 0)
+        return PERR_OK;
+    threadHandle.reset();
     return PERR_THREAD;
 }
 
-// The handle is held by a holder in the next three: joining unwinds when the caller is cancelled.
-
 int PThread::pjoin(void*& result) {
-    std::unique_ptr<pthread_t> const thread(std::exchange(threadHandle, nullptr));
+    auto const thread = std::exchange(threadHandle, nullptr);
     if (thread == nullptr) return PERR_THREAD;
     return pthread_join(*thread, &result) == 0 ? PERR_OK : PERR_THREAD_JOIN;
 }
 
 int PThread::pdetach() {
-    std::unique_ptr<pthread_t> const thread(std::exchange(threadHandle, nullptr));
+    auto const thread = std::exchange(threadHandle, nullptr);
     if (thread == nullptr) return PERR_THREAD;
     return pthread_detach(*thread) == 0 ? PERR_OK : PERR_THREAD_DETACH;
 }
 
 int PThread::pterminate(void* /*arg*/) {
-    std::unique_ptr<pthread_t> const thread(std::exchange(threadHandle, nullptr));
+    auto const thread = std::exchange(threadHandle, nullptr);
     if (thread == nullptr) return PERR_THREAD;
     return pthread_cancel(*thread) == 0 ? PERR_OK : PERR_THREAD_CANCEL;
 }
@@ -70,7 +60,8 @@ void PThread::setName(char const* /*name*/) {
 }
 
 int PThread::psleep(unsigned int milliseconds) {
-    return usleep(milliseconds * MICROSECONDS_PER_MILLISECOND);
+    constexpr unsigned int MICROSECONDS = 1000;  // in a millisecond
+    return usleep(milliseconds * MICROSECONDS);
 }
 
 void* PThread::_proxyThreadProc(void* pair) {

@@ -1,24 +1,26 @@
+#include <chrono>
 #include <ctime>
 #include <sys/time.h>
 
 #include <portinglayer/threads.h>
 
+#include "sync/system_times.h"
+
 namespace {
 
-constexpr int FIRST_YEAR = 1900;  // of the system's calendar record
-constexpr long MILLISECONDS_PER_SECOND = 1000;
-constexpr long MICROSECONDS_PER_MILLISECOND = 1000;
-constexpr long NANOSECONDS_PER_MILLISECOND = 1'000'000;
+long long _inMilliseconds(std::chrono::nanoseconds time) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
 
 }  // namespace
 
 int PTime::getTime(PTime& time) {
+    constexpr int FIRST_YEAR = 1900;  // of the system's calendar record
     timeval now{};
     (void)gettimeofday(&now, nullptr);  // cannot fail with a valid address
     tm const* const local = localtime(&now.tv_sec);
 
-    long const milliseconds = now.tv_usec / MICROSECONDS_PER_MILLISECOND;
-    time.milliseconds = static_cast<int>(milliseconds);
+    time.milliseconds = static_cast<int>(_inMilliseconds(std::chrono::microseconds(now.tv_usec)));
     time.second = local->tm_sec;
     time.minute = local->tm_min;
     time.hour = local->tm_hour;
@@ -27,14 +29,13 @@ int PTime::getTime(PTime& time) {
     time.year = local->tm_year + FIRST_YEAR;
     time.weekDay = local->tm_wday;
     time.yearDay = local->tm_yday;
-    time.epochMilliseconds = now.tv_sec * MILLISECONDS_PER_SECOND + milliseconds;
+    time.epochMilliseconds = _inMilliseconds(std::chrono::seconds(now.tv_sec)) + time.milliseconds;
     return PERR_OK;
 }
 
 long long PTime::getTickCount() {
     timespec now{};
-    if (clock_gettime(CLOCK_MONOTONIC, &now) != -1)
-        return now.tv_sec * MILLISECONDS_PER_SECOND + now.tv_nsec / NANOSECONDS_PER_MILLISECOND;
+    if (clock_gettime(CLOCK_MONOTONIC, &now) != -1) return _inMilliseconds(_fromTimespec(now));
 
     PTime time{};
     (void)getTime(time);  // always succeeds

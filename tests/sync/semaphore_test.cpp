@@ -1,0 +1,92 @@
+#include <thread>
+
+#include <portinglayer/synchronisation.h>
+#include <support/child_run.h>
+#include <support/expect.h>
+#include <support/scratch.h>
+
+static_assert(sizeof(PSemaphore) == 32 && std::has_virtual_destructor_v<PSemaphore>);
+static_assert(!std::is_copy_constructible_v<PSemaphore>);
+
+TEST(Semaphore, WithoutInitFailsAtOnce) {
+    PSemaphore semaphore;
+    int value = 7;
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.post());
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait());
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait(1));
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.trywait());
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.getValue(value));
+    EXPECT_EQ(7, value);
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.close());
+}
+
+TEST(Semaphore, IsInitialisedOnceUntilItIsClosed) {
+    PSemaphore semaphore;
+    EXPECT_CODE(PERR_OK, semaphore.init(1, true));
+    EXPECT_CODE(PERR_SEMAPHORE_INITIALISED, semaphore.init(1, true));
+    EXPECT_CODE(PERR_OK, semaphore.close());
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait());
+    EXPECT_CODE(PERR_OK, semaphore.init(1, false)) << "the flag means nothing to the unnamed form";
+}
+
+TEST(Semaphore, KeepsARefusedHandleUntilItIsClosed) {
+    PSemaphore semaphore;
+    EXPECT_CODE(PERR_SEMAPHORE, semaphore.init(2'147'483'648, true));
+    EXPECT_CODE(PERR_SEMAPHORE_INITIALISED, semaphore.init(0, true));
+    EXPECT_CODE(PERR_OK, semaphore.close());
+    EXPECT_CODE(PERR_OK, semaphore.init(0, true));
+}
+
+TEST(Semaphore, IsTakenAsOftenAsItsCount) {
+    PSemaphore semaphore;
+    int value = 0;
+    EXPECT_CODE(PERR_OK, semaphore.init(2, true));
+    EXPECT_CODE(PERR_OK, semaphore.wait());
+    EXPECT_CODE(PERR_OK, semaphore.getValue(value));
+    EXPECT_EQ(1, value);
+    EXPECT_CODE(PERR_OK, semaphore.trywait());
+    EXPECT_CODE(PERR_SEMAPHORE_WAIT, semaphore.trywait());
+    EXPECT_CODE(PERR_OK, semaphore.post());
+    EXPECT_CODE(PERR_OK, semaphore.trywait());
+}
+
+TEST(Semaphore, WithALimitIsTakenAtOnceOrNotAtAll) {
+    PSemaphore semaphore;
+    EXPECT_CODE(PERR_OK, semaphore.init(0, true));
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_CODE(PERR_SEMAPHORE_TIMEOUT, semaphore.wait(5999));
+    EXPECT_CODE(PERR_SEMAPHORE_TIMEOUT, semaphore.wait(4'294'967'295));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_CODE(PERR_OK, semaphore.post());
+    EXPECT_CODE(PERR_OK, semaphore.wait(5999));
+}
+
+TEST(Semaphore, CountsUpToTheGreatestInt) {
+    PSemaphore semaphore;
+    int value = 0;
+    EXPECT_CODE(PERR_OK, semaphore.init(2'147'483'647, true));
+    EXPECT_CODE(PERR_SEMAPHORE_POST, semaphore.post());
+    EXPECT_CODE(PERR_OK, semaphore.getValue(value));
+    EXPECT_EQ(2'147'483'647, value);
+}
+
+TEST(Semaphore, IsWaitedForUntilItIsPostedOrASignalComes) {
+    PSemaphore semaphore;
+    EXPECT_CODE(PERR_OK, semaphore.init(0, true));
+    EXPECT_CODE(PERR_SEMAPHORE_WAIT, interrupted([&] { return semaphore.wait(); }));
+    std::jthread const poster([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_CODE(PERR_OK, semaphore.post());
+    });
+    EXPECT_CODE(PERR_OK, semaphore.wait());
+}
+
+TEST(Semaphore, OfANameStartsWithTheCountOfItsCreator) {
+    std::wstring const name = wide(uniqueName());
+    PSemaphore creator(name.c_str()), other(name.c_str());
+    int value = 0;
+    EXPECT_CODE(PERR_OK, creator.init(3, true));
+    EXPECT_CODE(PERR_OK, other.init(9, false));
+    EXPECT_CODE(PERR_OK, other.getValue(value));
+    EXPECT_EQ(3, value);
+}

@@ -1,0 +1,103 @@
+#include <memory>
+
+#include <portinglayer/threads.h>
+#include <support/child_run.h>
+#include <support/expect.h>
+
+static_assert(sizeof(PThread) == 32 && std::has_virtual_destructor_v<PThread>);
+static_assert(!std::is_copy_constructible_v<PThread> && !std::is_copy_assignable_v<PThread>);
+
+namespace {
+
+/// A thread that runs until it is let go; `self` is its handle meanwhile.
+struct Thread : testing::Test {
+    Thread() {
+        EXPECT_CODE(PERR_OK, thread->pcreate(run, this));
+        EXPECT_TRUE(eventually([&] { return self != 0; }));
+    }
+    ~Thread() override {
+        end = true;
+        EXPECT_TRUE(eventually([&] { return self == 0; })) << "it does not run on";
+    }
+
+    static void* run(void* given) {
+        auto& test = *static_cast<Thread*>(given);
+        test.self = PThread::getCurrentThreadId();
+        while (!test.end) (void)PThread::psleep(1);
+        test.self = 0;
+        return given;
+    }
+
+    std::unique_ptr<PThread> thread = std::make_unique<PThread>();
+    std::atomic<pthread_t> self = 0;
+    std::atomic<bool> end = false;
+    void* result = nullptr;
+};
+
+long long elapsed(long long start) {
+    return PTime::getTickCountDiff(start, PTime::getTickCount());
+}
+
+}  // namespace
+
+TEST_F(Thread, IsOwnedUntilItIsJoined) {
+    EXPECT_TRUE(thread->isAlive());
+    EXPECT_EQ(static_cast<unsigned int>(self), thread->getThreadId());
+    EXPECT_CODE(PERR_THREAD_EXISTS, thread->pcreate(run, this));
+    end = true;
+    EXPECT_CODE(PERR_OK, thread->pjoin(result));
+    EXPECT_EQ(this, result);
+    EXPECT_EQ(0U, thread->getThreadId());
+}
+
+TEST_F(Thread, RunsOnWhenItIsDetached) {
+    EXPECT_CODE(PERR_OK, thread->pdetach());
+    EXPECT_FALSE(thread->isAlive());
+    EXPECT_CODE(PERR_THREAD, thread->pjoin(result));
+}
+
+TEST_F(Thread, RunsOnWhenItsObjectEnds) {
+    thread.reset();
+    EXPECT_NE(0U, self);
+}
+
+TEST_F(Thread, EndsWhenItIsTerminatedAndIsNotJoined) {
+    EXPECT_CODE(PERR_OK, thread->pterminate(nullptr));
+    EXPECT_EQ(0U, thread->getThreadId());
+    EXPECT_EQ(0, pthread_join(self.exchange(0), &result));
+    EXPECT_EQ(PTHREAD_CANCELED, result);
+}
+
+TEST_F(Thread, IsJoinedInSpiteOfSignals) {
+    std::jthread const other([this] {
+        (void)PThread::psleep(50);
+        end = true;
+    });
+    EXPECT_CODE(PERR_OK, interrupted([this] { return thread->pjoin(result); }));
+}
+
+TEST(ThreadWithout, HasNothingToJoinDetachOrTerminate) {
+    PThread thread;
+    void* result = &thread;
+    EXPECT_CODE(PERR_THREAD, thread.pjoin(result));
+    EXPECT_EQ(&thread, result);
+    EXPECT_CODE(PERR_THREAD, thread.pdetach());
+    EXPECT_CODE(PERR_THREAD, thread.pterminate(nullptr));
+    EXPECT_CODE(PERR_THREAD, thread.pcreate(nullptr, nullptr)) << "without a routine";
+    EXPECT_FALSE(thread.isAlive());
+    EXPECT_EQ(0U, thread.getThreadId());
+}
+
+TEST(Sleep, LastsAsManyMillisecondsAsAskedUnlessThatWraps) {
+    long long const start = PTime::getTickCount();
+    EXPECT_EQ(0, PThread::psleep(0));
+    EXPECT_EQ(0, PThread::psleep(4'294'968));
+    EXPECT_LT(elapsed(start), 3000);
+    EXPECT_EQ(0, PThread::psleep(50));
+    EXPECT_GE(elapsed(start), 49);
+    EXPECT_LT(elapsed(start), 3000);
+}
+
+TEST(Sleep, EndsWithASignal) {
+    EXPECT_EQ(-1, interrupted([] { return PThread::psleep(30'000); }));
+}

@@ -1,0 +1,44 @@
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+
+#include <portinglayer/threads.h>
+#include <support/expect.h>
+
+static_assert(sizeof(PTime) == 48 && std::is_standard_layout_v<PTime>);
+static_assert(offsetof(PTime, epochMilliseconds) == 40);
+
+TEST(Time, IsThePresentMomentInTheLocalTimeZone) {
+    (void)setenv("TZ", "EAST-13:30", 1);
+    PTime time{};
+    EXPECT_CODE(PERR_OK, PTime::getTime(time));
+    time_t const seconds = time.epochMilliseconds / 1000;
+    EXPECT_LE(std::abs(seconds - std::time(nullptr)), 3);
+
+    std::tm const local = *std::localtime(&seconds);
+    EXPECT_EQ(time.epochMilliseconds % 1000, time.milliseconds);
+    EXPECT_EQ(local.tm_sec, time.second);
+    EXPECT_EQ(local.tm_min, time.minute);
+    EXPECT_EQ(local.tm_hour, time.hour);
+    EXPECT_EQ(local.tm_mday, time.day);
+    EXPECT_EQ(local.tm_mon + 1, time.month) << "January is 1";
+    EXPECT_EQ(local.tm_year + 1900, time.year);
+    EXPECT_EQ(local.tm_wday, time.weekDay);
+    EXPECT_EQ(local.tm_yday, time.yearDay);
+}
+
+TEST(TickCount, IsTheMonotonicClockInMilliseconds) {
+    timespec now{};
+    ASSERT_EQ(0, clock_gettime(CLOCK_MONOTONIC, &now));
+    long long const before = now.tv_sec * 1000LL + now.tv_nsec / 1'000'000;
+    long long const tick = PTime::getTickCount();
+    EXPECT_GE(tick, before);
+    EXPECT_LT(tick, before + 3000);
+}
+
+TEST(TickCount, DifferenceIsTheLaterLessTheEarlierAndWraps) {
+    long long const greatest = std::numeric_limits<long long>::max();
+    EXPECT_EQ(600, PTime::getTickCountDiff(400, 1000));
+    EXPECT_EQ(-600, PTime::getTickCountDiff(1000, 400));
+    EXPECT_EQ(2, PTime::getTickCountDiff(greatest, std::numeric_limits<long long>::min() + 1));
+}
