@@ -47,61 +47,6 @@ TEST(FaultSweep, Text) {
            STEPS(PUtils::getHostAddress(out) - known));
 }
 
-TEST(FaultSweep, Streams) {
-    std::vector<PString> const list(3, PString(L"abc", 3));
-    std::vector<PTargetInfo> records(2);
-    for (PTargetInfo& record : records) record.targetId.name = L"n", record.targetId.id = 1;
-    _sweep("PDataWriter, PDataReader", {PERR_NO_MEMORY, PERR_DATA_ENCODE, PERR_DATA_DECODE}, [&] {
-        std::vector<unsigned char> data;
-        std::vector<PString> strings;
-        std::vector<PTargetInfo> found;
-        PDataWriter out(data);
-        int const written = firstFailure(
-            {out.writeStrings(list), PDataFormaterUtils::writePTargetInfoArray(out, records)});
-        PDataReader in(data);
-        return firstFailure({written, in.readStrings(strings),
-                             PDataFormaterUtils::readPTargetInfoArray(in, found)});
-    });
-    std::vector<unsigned char> full;
-    full.reserve(3);
-    auto const append = STEPS((PDataWriter(full).appendDword(0x01020304), PERR_OK));
-    EXPECT_THROW(runFailing(1, true, append), std::bad_alloc);
-    stopFailing();
-    EXPECT_EQ(full, (std::vector<unsigned char>{1, 2, 3})) << "what found room stays";
-}
-
-TEST(FaultSweep, LocksThreadsAndTime) {
-    std::wstring const name = wide(uniqueName());
-    PMutex held, mutex, shared(name.c_str());
-    PSemaphore semaphore, sharedSemaphore(name.c_str());
-    PConditionalVar condition;
-    PThread thread;
-    int n = 0;
-    void* result = nullptr;
-    ASSERT_EQ(firstFailure({held.init(true), held.lock()}), PERR_OK);
-    for (PMutex* const m : {&mutex, &shared})
-        _sweep("PMutex", {PERR_MUTEX, PERR_MUTEX_LOCK, PERR_MUTEX_UNLOCK, PERR_MUTEX_CLOSE}, [=] {
-            int const locked = firstFailure({m->init(true), m->lock()});
-            int const unlocked = locked == PERR_OK ? m->unlock() : PERR_OK;  // only what is held
-            return firstFailure({locked, unlocked, m->close()});
-        });
-    for (PSemaphore* const s : {&semaphore, &sharedSemaphore})
-        _sweep("PSemaphore",
-               {PERR_NO_MEMORY, PERR_SEMAPHORE, PERR_SEMAPHORE_POST, PERR_SEMAPHORE_WAIT,
-                PERR_SEMAPHORE_VALUE, PERR_SEMAPHORE_CLOSE},
-               STEPS(s->init(2, true), s->post(), s->wait(), s->wait(9U), s->trywait(),
-                     s->getValue(n), s->close()));
-    auto const wait = [&] { return condition.wait(&held, 1) - PERR_CONDITION_TIMEOUT; };
-    _sweep("PConditionalVar",
-           {PERR_CONDITION, PERR_CONDITION_NOTIFY, PERR_CONDITION_WAIT - PERR_CONDITION_TIMEOUT,
-            PERR_CONDITION_CLOSE},
-           STEPS(condition.init(), condition.notify(), condition.notifyAll(), wait(),
-                 condition.close()));
-    _sweep("PThread", {PERR_THREAD, PERR_THREAD_JOIN},
-           STEPS(thread.pcreate([](void* p) { return p; }, nullptr), thread.pjoin(result)));
-    EXPECT_EQ(held.unlock(), PERR_OK);
-}
-
 TEST(FaultSweep, Processes) {
     unsigned int const self = PProcess::getCurrentPID(), parent = getppid();
     Codes const codes{PERR_NOT_FOUND, PERR_NO_MEMORY, PERR_NO_PROCESS, PERR_IO,  PERR_SYSTEM,
