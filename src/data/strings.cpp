@@ -13,8 +13,8 @@
 namespace {
 
 /// Copies characters of ASCII into units of another width. False where there is another one, or a
-/// zero, among them. Nearly all texts of streams pass here, in a third of the time of a conversion:
-/// the compiler makes a vector loop of it, as there is no way out of the middle.
+/// zero, among them. Worth a quarter of the time of writing strings and a sixth of that of reading
+/// them: with no way out of its middle, the loop becomes one of vector instructions.
 template <typename To, typename From>
 bool _copyAscii(To* to, From const* from, std::size_t count) {
     using Bits = std::make_unsigned_t<From>;
@@ -65,16 +65,11 @@ int _encode(PString const& text, unsigned char* to, std::size_t count) {
     return PERR_OK;
 }
 
-/// The number of characters as a stream counts them.
-unsigned int _wireLength(PString const& text) {
-    return static_cast<unsigned int>(text.len());
-}
-
 /// Appends markers, the length and the payload of a text in one growth of the stream, or nothing.
 template <std::size_t MARKERS>
 int _appendText(std::vector<unsigned char>& data, unsigned char const (&markers)[MARKERS],
                 PString const& text) {
-    unsigned int const count = _wireLength(text);
+    auto const count = static_cast<unsigned int>(text.len());
     std::size_t const old = data.size();
     unsigned char* to = _extend(data, MARKERS + sizeof count + count);
     if (to == nullptr) return PERR_NO_MEMORY;
@@ -145,7 +140,7 @@ int PDataReader::readStrings(std::vector<PString>& list) {
 }
 
 int PDataWriter::decodeUtf8(PString const& text, std::vector<unsigned char>& bytes) {
-    unsigned int const count = _wireLength(text);
+    auto const count = static_cast<unsigned int>(text.len());
     if (count == 0) return PERR_DATA_ENCODE;
 
     std::size_t const old = bytes.size();
