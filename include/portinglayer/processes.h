@@ -17,29 +17,43 @@
 ///
 /// An object is idle while its process id is 0 and started once `start()` has forked. It stays
 /// started after its child has ended, until `kill()`, `startProcAsDifferentUser()`, another
-/// `start()`, `initProcessInfo`, `clearProcessInfo` or the destructor clears the id. It owns its texts; it never owns the child, which
-/// outlives it. Objects cannot be copied and take no locks: one object belongs to one thread at a
-/// time, but `waitExitCode` and the const operations only read it and may run on several at once. The
-/// static operations share nothing and may run on any thread.
+/// `start()`, `initProcessInfo`, `clearProcessInfo` or the destructor clears the id. It owns its
+/// texts; it never owns the child, which outlives it. Objects cannot be copied and take no locks:
+/// one object belongs to one thread at a time, but `waitExitCode` and the const operations only
+/// read it and may run on several at once. The static operations share nothing and may run on any
+/// thread.
 ///
 /// **Reaping.** `isRunning`, `getPID`, `start`, `startProcAsDifferentUser`, `kill()`, the static
 /// `waitFinish`, `getName`, `getPath`, `listPIDs`, `getChildPID`, `find` and `killTree` first
 /// collect the exit status of *every* ended child of the calling process (those of its process
-/// group), also of children that other code started. Whoever needs an exit code calls
-/// `waitExitCode`, on a thread of its own if need be, and lets nothing of that list run on any thread
-/// until it has returned: a child that ends meanwhile is collected by whichever call comes first. The
-/// `waitFinish` of an object collects its own child only.
+/// group), also of children that other code started; so does the `waitFinish` of an object whose
+/// child still runs when the time is over. Whoever needs an exit code calls `waitExitCode`, on a
+/// thread of its own if need be, and lets nothing of that list run on any thread until it has
+/// returned: a child that ends meanwhile is collected by whichever call comes first.
 /// The other queries do not reap: `getCmdLine`, `getWorkingDir`, `getPriority`, `getEnvironment`,
 /// `getMemoryUsage`, `getParentPID`, `getUserName` and the measurements of load.
+///
+/// **Process ids are used again.** Once a child was collected, the system may give its id to any
+/// new process, and the object would take that one for its child: `isRunning` and `getPID` find it,
+/// `start()` refuses, and `kill()` ends it. Call `clearProcessInfo()` as soon as the exit code is
+/// known, or the `waitFinish` of the object has given false.
 ///
 /// **Process ids 0 and 4294967295.** The system reads 0 as "every process of the caller's group"
 /// and 4294967295 (-1) as "every process that the caller may signal", the caller and its session
 /// included. Both mean the same to `killSignal`, to the static `kill` and to `killTree`, which hand
-/// an id to the system as it comes; `killTree(0)` also ends all descendants of process 1. The instance
-/// `kill()` never signals either, because no process runs under these ids. What `getPID`,
+/// an id to the system as it comes; `killTree(0)` also ends all descendants of process 1. The
+/// instance `kill()` never signals either, because no process runs under these ids. What `getPID`,
 /// `listPIDs`, `getChildPID` and `find` give as processes is never one of them. A *parent* id, from
 /// `getParentPID` or `find`, is 0 where no parent can be seen: look at it before signalling it. The
 /// other ids above 2147483647 are negative to the system and mean whole process groups.
+///
+/// **Signals.** A child inherits which signals its starter ignores, and which the starting thread
+/// blocks: SIGTERM does nothing to it where these were among them. While the caller ignores
+/// SIGCHLD, the system collects ended children by itself and no exit code can be had.
+///
+/// **Cancellation.** The operations that block say so, and a thread that is cancelled ends there;
+/// those that read files of the system may be cancellation points too. Nothing stays open in either
+/// case. The destructor and what only clears the id are no cancellation points.
 ///
 /// **Text.** Text from and to the system is converted under the locale of the process. Where an
 /// operation gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
@@ -114,15 +128,21 @@ public:
     ///          threads of the caller may hold a lock at the time of the fork, that of the
     ///          allocator included where it does not guard itself against forks, the child can
     ///          block forever.
-    /// @warning A child that cannot become the program leaves with `exit`, which runs the exit
-    ///          handlers of the caller and flushes its streams once more: flush before.
+    /// @warning A child that cannot become the program leaves with `exit`. That runs the exit
+    ///          handlers of the caller, destroys its static objects and writes what its streams
+    ///          hold, all once more: a static `PFile` in safe-write mode moves its half-written
+    ///          file over the good one. Flush streams before, keep files in objects that are not
+    ///          static, and let exit handlers compare `getpid()`.
+    /// @warning The child inherits ignored and blocked signals: see Signals above, and start it
+    ///          while SIGTERM is neither if `kill` is to end it.
     /// @return PERR_OK               in the parent: the child was forked, or the fork failed
     ///                               (above)
     /// @return PERR_PROCESS_RUNNING  the child of this object still runs; nothing changed
     /// @return PERR_NOT_FOUND        there is no executable; the process id is 0
-    /// @return PERR_NO_MEMORY        returned *in the child* when its arguments could not be
-    ///                               allocated: the child goes on in the caller's code, so leave it
-    ///                               with `_exit` on this code
+    /// @return PERR_NO_MEMORY        returned *in the child* when there is no memory for the name
+    ///                               of the program, its arguments or its environment: the child
+    ///                               goes on in the caller's code, so leave it with `_exit` on this
+    ///                               code
     ///
     /// Children: reaps every ended child of the caller first, then starts one.
     [[nodiscard]] int start();
@@ -198,37 +218,44 @@ public:
     /// Waits until the child of this object ends, and gets how it ended.
     ///
     /// The process id stays as it is, so a second call gives PERR_NO_PROCESS.
+    /// @warning From then on the id may mean a stranger: call `clearProcessInfo()` next.
     /// @param[out] exitCode  0 to 255 as the child gave it, or minus the number of the signal that
-    ///                       ended it (-9 after SIGKILL); -1 on failure
+    ///                       ended it (-9 after SIGKILL); -1 on failure, and after SIGHUP: only the
+    ///                       code tells these two apart
     /// @return PERR_OK
-    /// @return PERR_NO_PROCESS  no child was started, or its exit code was taken already, here or
-    ///                          by an operation that reaps
+    /// @return PERR_NO_PROCESS  no child was started, or its exit code was taken already, here, by
+    ///                          an operation that reaps, or by the system because the caller
+    ///                          ignores SIGCHLD (then after the child has ended)
     /// @return PERR_STOPPED     a traced child has stopped rather than ended
     /// @return PERR_SYSTEM      the system refused to wait, or a signal interrupted the wait
     ///
-    /// Blocks: until the child ends. Children: reaps this one. Threads: meanwhile others may use the
-    /// const operations of the object and the static ones, but neither `kill()` nor `waitFinish`.
+    /// Blocks: until the child ends; a cancellation point. Children: reaps this one. Threads:
+    /// meanwhile others may use the const operations of the object and the static ones, but neither
+    /// `kill()` nor `waitFinish`.
     [[nodiscard]] int waitExitCode(int& exitCode);
 
     /// Waits until a process ends, for about a time.
     ///
     /// It looks at the process between sleeps of a tenth of the time, a second at least, and sleeps
-    /// whole steps only: a wait below 1000 milliseconds does not sleep at all, one of 1999 ends after
-    /// 1000, and an ending is noticed up to a step late.
-    /// @warning A step above 4294967 milliseconds wraps as `PThread::psleep` says: from 42949680 on a
-    ///          wait is far too short.
+    /// whole steps only: a wait below 1000 milliseconds does not sleep at all, one of 1999 ends
+    /// after 1000, and an ending is noticed up to a step late. A signal that the caller handles
+    /// ends a sleep, so the wait is shorter.
+    /// @warning A step above 4294967 milliseconds wraps as `PThread::psleep` says: from 42949680 on
+    ///          a wait is far too short.
     /// @param timeoutMs  milliseconds
     /// @return true if the process still runs, false if it has ended
     ///
-    /// Blocks: up to `timeoutMs`. Children: reaps every ended child of the caller.
+    /// Blocks: up to `timeoutMs`; a cancellation point. Children: reaps every ended child of the
+    /// caller.
     static bool waitFinish(unsigned int processId, unsigned int timeoutMs);
-    /// As the form with an id, for the child of this object; false when there is none. Reaps this child
-    /// only.
+    /// As the form with an id, for the child of this object; false when there is none.
     ///
+    /// Children: reaps this one; when it still runs in the end, every ended child of the caller.
+    /// @warning After false the id may mean a stranger: call `clearProcessInfo()` next.
     /// @warning It takes the exit code of the child, so `waitExitCode` gives PERR_NO_PROCESS
     ///          afterwards. To wait with a time limit and get the exit code, call `waitExitCode` on
-    ///          a thread, wait for that thread's answer on a `PConditionalVar`, and let nothing that
-    ///          reaps run meanwhile.
+    ///          a thread, wait for that thread's answer on a `PConditionalVar`, and let nothing
+    ///          that reaps run meanwhile.
     bool waitFinish(unsigned int timeoutMs);
 
     /// @}
@@ -244,27 +271,41 @@ public:
     /// @return PERR_KILL  there is no such process, no permission or no such signal; returned at
     ///                    once
     ///
-    /// Blocks: one second on success. Children: reaps this one; for 0 and 4294967295 any one child.
+    /// Blocks: one second on success, less when a signal comes that the caller handles; a
+    /// cancellation point. Children: reaps this one; for 0 and 4294967295 any one child.
     [[nodiscard]] static int killSignal(unsigned int processId, int signal);
 
     /// Asks a process to end: SIGTERM (15) through `killSignal`, with its codes and its meaning of
     /// 0 and 4294967295.
+    ///
+    /// @warning PERR_OK says that the signal was sent. A process that ignores or blocks SIGTERM,
+    ///          also by inheritance, goes on: look with `isRunning`, then send SIGKILL.
     [[nodiscard]] static int kill(unsigned int processId);
 
     /// Ends the child of this object with SIGKILL if it runs, and forgets it in every case.
     ///
-    /// Only a running child is signalled, so nothing is for an object that never started or whose
-    /// fork failed: process ids 0 and 4294967295 are never signalled here.
+    /// Only what runs under the id is signalled, so nothing is for an object that never started or
+    /// whose fork failed: process ids 0 and 4294967295 are never signalled here.
+    /// @warning Where the child was collected before, the id may mean a stranger, which is ended:
+    ///          call `clearProcessInfo()` once the exit code is known.
     /// @return PERR_OK    also when no child ran; the process id is 0
     /// @return PERR_KILL  the system refused the signal; the process id is 0 all the same
     ///
-    /// Blocks: one second when it signalled. Children: reaps every ended child of the caller.
+    /// Blocks: one second when it signalled, less when a signal comes that the caller handles; a
+    /// cancellation point, behind which the process id stays. Children: reaps every ended child of
+    /// the caller.
     [[nodiscard]] int kill();
 
     /// Ends a process and all its descendants, parents before their children.
     ///
     /// Each gets SIGTERM, up to two seconds to end, and then SIGKILL. The tree is read once at the
-    /// start: processes that are started later are not found.
+    /// start, from parents to children: what is started later is not found, nor is a process whose
+    /// parent has ended before, as the system gave it another one.
+    /// @warning Call it while the root still runs: of a tree whose root has ended nothing is found.
+    ///          What may lose parents or goes on starting others is ended as a whole by a
+    ///          `PCommand`.
+    /// @warning A signal that the caller handles ends a pause: SIGKILL may come before a process
+    ///          had its time. Call it on a thread that blocks such signals.
     /// @warning Process id 0 signals the caller's group and ends all descendants of process 1,
     ///          4294967295 signals every process that the caller may signal. Never pass an
     ///          unchecked id.
@@ -273,8 +314,8 @@ public:
     ///                         between; every process of the tree was tried
     /// @return PERR_NO_MEMORY  the tree could not be listed; no process was signalled
     ///
-    /// Blocks: one to four seconds for each process that still runs. Children: reaps every ended child of the
-    /// caller.
+    /// Blocks: one to four seconds for each process that still runs; a cancellation point.
+    /// Children: reaps every ended child of the caller.
     [[nodiscard]] static int killTree(unsigned int processId);
 
     /// @}
@@ -282,8 +323,8 @@ public:
     /// The forms without a process id ask for the child of this object.
     /// @{
 
-    /// Gets the name of a process as the system knows it, cut by the system to 15 bytes except for its
-    /// own workers.
+    /// Gets the name of a process as the system knows it, cut by the system to 15 bytes except for
+    /// its own workers.
     ///
     /// @param[out] name  cleared first; `len()` counts characters
     /// @return PERR_OK
@@ -307,8 +348,8 @@ public:
     ///
     /// Children: reaps every ended child of the caller.
     [[nodiscard]] static int getPath(unsigned int processId, PString& path);
-    /// As the form with an id; where the system does not tell, gives the executable that this object
-    /// describes.
+    /// As the form with an id; where the system does not tell, gives the executable that this
+    /// object describes.
     /// @return PERR_OK
     /// @return PERR_NO_PROCESS  no child was started; `path` is left alone
     [[nodiscard]] int getPath(PString& path) const;
@@ -320,12 +361,12 @@ public:
     /// @warning The command line is read in pieces of 255 bytes. Behind the first one arguments are
     ///          cut in the wrong place or joined empty: trust only what lies within the first 255
     ///          bytes.
-    /// @warning Behind an argument with multibyte characters stand as many zero characters as it has
-    ///          bytes more than characters, and printing stops there.
+    /// @warning Behind an argument with multibyte characters stand as many zero characters as it
+    ///          has bytes more than characters, and printing stops there.
     /// @param[out] commandLine  cleared once the process is found; empty for a kernel thread
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
-    /// @return PERR_NO_MEMORY  memory ran out; `commandLine` holds what was joined so far
+    /// @return PERR_NO_MEMORY  memory ran out; `commandLine` is empty
     [[nodiscard]] static int getCmdLine(unsigned int processId, PString& commandLine);
     /// As the form with an id; where the system does not tell, gives the arguments that this object
     /// describes.
@@ -427,18 +468,21 @@ public:
 
     /// Measures the load of the whole machine over one second.
     ///
+    /// @warning `process.getCPUUsage(percent)` measures the machine as well, since no form asks for
+    ///          the child of an object: give the id that `getPID` gave.
     /// @param[out] percent  0 on failure
     /// @return PERR_OK
     /// @return PERR_IO  the system's counters cannot be opened
     ///
-    /// Blocks: one second.
+    /// Blocks: one second, less when a signal comes that the caller handles; a cancellation point.
     [[nodiscard]] static int getCPUUsage(unsigned int& percent);
 
     /// Measures the load of one process, as a share of all processors together: a process that
     /// keeps one of four processors busy reads about 25.
     ///
     /// The pause is 400 milliseconds, or what the environment variable TALV_PROC_SAMPLE_TIME_MS
-    /// said (milliseconds, not 0, below 4294968) when it was read for the first time in this process.
+    /// said (milliseconds, not 0, below 4294968) when it was read for the first time in this
+    /// process.
     /// @param[out] percent  0 on failure
     /// @return PERR_OK
     /// @return PERR_SYSTEM       no counter moved in the pause, or the counters could not be read,
@@ -451,7 +495,8 @@ public:
     /// @return PERR_SEEK         the system's counters cannot be read again
     /// @return PERR_NO_MEMORY    no memory for the names of the counters
     ///
-    /// Blocks: for the pause.
+    /// Blocks: for the pause, less when a signal comes that the caller handles; a cancellation
+    /// point.
     [[nodiscard]] static int getCPUUsage(unsigned int processId, unsigned int& percent);
 
     /// Measures the load of one processor over 400 milliseconds.
@@ -459,18 +504,23 @@ public:
     /// @warning For a number that the system does not list, such as that of a processor switched
     ///          off, the first listed one whose number begins with it is measured: 10 for 1.
     ///          PERR_SYSTEM comes only where there is none.
+    /// @warning The counters are read in blocks of 2,048 bytes. A processor whose line lies across
+    ///          two, on a machine with some dozens, is not found or is measured by cut numbers:
+    ///          measure the machine there.
     /// @param cpu           number of the processor, from 0
     /// @param[out] percent  written only on success
     /// @return PERR_OK
     /// @return PERR_OPEN    the system's counters cannot be opened
     /// @return PERR_SYSTEM  there is no such processor (see above), or its counters cannot be read
     ///
-    /// Blocks: 400 milliseconds.
+    /// Blocks: 400 milliseconds, less when a signal comes that the caller handles; a cancellation
+    /// point.
     [[nodiscard]] static int getSpecCPUUsage(unsigned int cpu, unsigned int& percent);
 
     /// @}
     /// @name Listing
-    /// In the order of the system, not sorted. A process that ends during a listing may be in it or not.
+    /// In the order of the system, not sorted. A process that ends during a listing may be in it or
+    /// not.
     /// @{
 
     /// Lists the ids of all processes.
@@ -499,6 +549,8 @@ public:
     /// Folders in front of the name are ignored. The system cuts names to 15 bytes: for a given
     /// text of 15 characters or more, folders counted, a process with a name of 15 characters is
     /// compared by the last part of the path it was started with.
+    /// @warning A script whose name has 15 characters or more is never found: what it was started
+    ///          with is the path of its interpreter. Look for it with `listPIDs` and `getCmdLine`.
     /// @param[out] pids        emptied first
     /// @param[out] parentPids  emptied first; the parent of each process in `pids`, in the same
     ///                         place

@@ -20,7 +20,8 @@
 
 namespace {
 
-constexpr char COUNTERS[] = "/proc/stat";
+constexpr char COUNTERS[] = "/proc/stat";           // for the streams
+constexpr wchar_t COUNTERS_WIDE[] = L"/proc/stat";  // for a PFile
 constexpr unsigned long READ_BYTES = 1024;
 constexpr unsigned long MACHINE_LINE_BYTES = 512;
 constexpr unsigned long PROCESSOR_BLOCK_BYTES = 2048;
@@ -30,7 +31,7 @@ constexpr unsigned int DEFAULT_SAMPLE_TIME_MS = 400;
 constexpr float OUT_OF_RANGE = 9223372036854775808.0F;  ///< 2^63
 
 /// Cuts toward zero; the low 32 bits of what is negative or too large.
-unsigned int _cut(float value) {
+unsigned int _wholePercents(float value) {
     bool const inRange = value > -OUT_OF_RANGE && value < OUT_OF_RANGE;
     return inRange ? static_cast<unsigned int>(static_cast<long long>(value)) : 0;
 }
@@ -71,7 +72,7 @@ public:
     explicit ProcessSampler(unsigned int processId) : pid(processId) {}
 
     int open() {
-        int result = machineFile.popen(L"/proc/stat", PFile::OPEN_READ, 1);
+        int result = machineFile.popen(COUNTERS_WIDE, PFile::OPEN_READ, 1);
         if (result != PERR_OK) return result;
         PString path;
         result = PUtils::pformatString(path, L"/proc/%u/stat", pid);
@@ -136,8 +137,8 @@ unsigned int _processorLoad(ProcessorTimes const& first, ProcessorTimes const& s
     int const total = _wrappingSum(_wrappingSum(_wrappingSum(user, system), nice), idle);
 
     float const factor = 100.0F / static_cast<float>(std::max(total, 1));
-    return _cut(static_cast<float>(user) * factor + static_cast<float>(nice) * factor +
-                static_cast<float>(system) * factor);
+    return _wholePercents(static_cast<float>(user) * factor + static_cast<float>(nice) * factor +
+                          static_cast<float>(system) * factor);
 }
 
 }  // namespace
@@ -225,7 +226,7 @@ int _getCpuUsageLinux(unsigned int pid, unsigned int& percent) {
     auto const all = static_cast<float>(total);
     float const user = static_cast<float>((after.utime - before.utime) * 100) / all;
     float const system = static_cast<float>((after.stime - before.stime) * 100) / all;
-    percent = _cut(system + user);
+    percent = _wholePercents(system + user);
     return PERR_OK;
 }
 

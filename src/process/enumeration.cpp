@@ -1,86 +1,34 @@
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <new>
-
-#include <dirent.h>
 
 #include <portinglayer/processes.h>
 
 #include "process/proc_files.h"
+#include "process/process_entries.h"
 
 namespace {
 
 constexpr unsigned int TREE_WAIT_MS = 2000;
 constexpr unsigned long CUT_NAME_LENGTH = 15;  ///< the system cuts the names of programs to this
 
-struct CloseDirectory {
-    void operator()(DIR* directory) const { (void)closedir(directory); }
-};
-
-/// The entries of the process directory that stand for a process, in the order of the system.
-class ProcessEntries {
-public:
-    bool isOpen() const { return directory != nullptr; }
-
-    /// The name of the next entry, valid until the next call; null at the end.
-    char const* next() {
-        while (dirent const* const entry = readdir(directory.get()))
-            if (isProcess(*entry)) return entry->d_name;
-        return nullptr;
-    }
-
-private:
-    static constexpr std::size_t LONGEST_NAME = 127 - 16;
-
-    static bool isProcess(dirent const& entry) {
-        return entry.d_type == DT_DIR && entry.d_name[0] >= '0' && entry.d_name[0] <= '9' &&
-               std::strlen(entry.d_name) <= LONGEST_NAME;
-    }
-
-    std::unique_ptr<DIR, CloseDirectory> directory{opendir("/proc")};
-};
-
-unsigned int _processId(char const* entry) {
-    return static_cast<unsigned int>(std::strtol(entry, nullptr, 10));
-}
-
-unsigned int _readParent(char const* entry) {
-    unsigned int parent = 0;
-    ProcLines status(ProcPath(entry, "status"));
-    char const* const line = status.isOpen() ? status.find("PPid:") : nullptr;
-    if (line != nullptr) _readNumber(line, parent);
-    return parent;
-}
-
 struct ProcessStatus {
-    PString name;
+    PString name;  ///< empty when the locale cannot convert it
     unsigned int parent = 0;
 };
 
-/// False for a process that ended meanwhile or whose status lacks one of the three.
-bool _readStatus(char const* entry, ProcessStatus& found) {
-    ProcLines status(ProcPath(entry, "status"));
-    if (!status.isOpen()) return false;
+/// PERR_NOT_FOUND for a process that ended meanwhile or whose status lacks a line; PERR_NO_MEMORY.
+int _readStatus(unsigned int processId, ProcessStatus& found) {
+    ProcFile status(ProcPath(processId, "status"));
+    if (!status.isOpen()) return PERR_NOT_FOUND;
 
-    bool name = false;
-    bool pid = false;
-    bool parent = false;
-    while (!name || !pid || !parent) {
-        char const* const line = status.next();
-        if (line == nullptr) return false;
-        if (!name && _startsWith(line, "Name:")) {
-            name = true;
-            (void)_readName(line, found.name);  // one that cannot be converted counts as empty
-        } else if (!pid && _startsWith(line, "Pid:")) {
-            pid = true;
-        } else if (!parent && _startsWith(line, "PPid:")) {
-            parent = true;
-            _readNumber(line, found.parent);
-        }
-    }
-    return true;
+    int named = PERR_OK;
+    bool const whole =
+        status.takeFirstLines({"Name:", "PPid:", "Pid:"}, [&](std::size_t key, char* line) {
+            if (key == 0) named = _readName(line, found.name);
+            if (key == 1) _readNumber(line, found.parent);
+        });
+    if (named == PERR_NO_MEMORY) return named;
+    return whole ? PERR_OK : PERR_NOT_FOUND;
 }
 
 void _keepLastPart(PString& path) {
@@ -89,50 +37,41 @@ void _keepLastPart(PString& path) {
     if (path.chr(L'/', slash, true, false) == PERR_OK) (void)path.erase(0, slash + 1);
 }
 
-/// The last part of the path with which a process was started. False when the system does not tell.
-bool _readProgramName(char const* entry, PString& name) {
-    ProcLines arguments(ProcPath(entry, "cmdline"));
-    char const* const first = arguments.isOpen() ? arguments.next() : nullptr;
-    if (first == nullptr) return false;
-    name = PString(first, P_WHOLE_STRING);  // up to the zero byte behind the program
+/// The last part of the path with which a process was started, empty when the locale cannot convert
+/// it. PERR_NOT_FOUND when the system does not tell; PERR_NO_MEMORY.
+int _readProgramName(unsigned int processId, PString& name) {
+    ProcFile arguments(ProcPath(processId, "cmdline"));
+    char const* const first = arguments.isOpen() ? arguments.nextLine() : nullptr;
+    if (first == nullptr) return PERR_NOT_FOUND;
+    if (_convertText(first, name) == PERR_NO_MEMORY) return PERR_NO_MEMORY;
     _keepLastPart(name);
-    return true;
+    return PERR_OK;
 }
 
-/// A program that is searched for.
-class WantedProgram {
-public:
-    explicit WantedProgram(PString const& name)
-        : base(name), longName(name.len() >= CUT_NAME_LENGTH), whole(base.len() == name.len()) {
-        _keepLastPart(base);
-    }
+bool _equalIgnoringCase(PString const& a, PString const& b) {
+    unsigned long position = 0;
+    return a.len() == b.len() && a.str(b, position, false, true) == PERR_OK;
+}
 
-    bool isWhole() const { return whole; }  ///< false: memory ran out for it
-
-    /// Replaces a name that may have been cut by what the process was started with.
-    bool matches(char const* entry, PString& name) const {
-        bool const cut = longName && name.len() == CUT_NAME_LENGTH;
-        if (cut && !_readProgramName(entry, name)) return false;
-        unsigned long position = 0;
-        return name.len() == base.len() && name.str(base, position, false, true) == PERR_OK;
-    }
-
-private:
-    PString base;
-    bool longName;
-    bool whole;
-};
-
-int _find(WantedProgram const& wanted, std::vector<unsigned int>& pids,
+int _find(PString const& name, std::vector<unsigned int>& pids,
           std::vector<unsigned int>& parentPids) {
+    PString base(name);
+    if (base.len() != name.len()) return PERR_NO_MEMORY;
+    _keepLastPart(base);
     ProcessEntries entries;
     if (!entries.isOpen()) return PERR_NOT_FOUND;
 
-    while (char const* const entry = entries.next()) {
+    unsigned int one = 0;
+    while (entries.next(one)) {
         ProcessStatus status;
-        if (!_readStatus(entry, status) || !wanted.matches(entry, status.name)) continue;
+        int result = _readStatus(one, status);
+        bool const cut = name.len() >= CUT_NAME_LENGTH && status.name.len() == CUT_NAME_LENGTH;
+        if (result == PERR_OK && cut) result = _readProgramName(one, status.name);
+        if (result == PERR_NO_MEMORY) return result;
+        if (result != PERR_OK || !_equalIgnoringCase(status.name, base)) continue;
+
         parentPids.push_back(status.parent);
-        pids.push_back(_processId(entry));
+        pids.push_back(one);
     }
     return pids.empty() ? PERR_NOT_FOUND : PERR_OK;
 }
@@ -157,7 +96,8 @@ int PProcess::listPIDs(std::vector<unsigned int>& pids) try {
     ProcessEntries entries;
     if (!entries.isOpen()) return PERR_NOT_FOUND;
 
-    while (char const* const entry = entries.next()) pids.push_back(_processId(entry));
+    unsigned int one = 0;
+    while (entries.next(one)) pids.push_back(one);
     return PERR_OK;
 } catch (std::bad_alloc const&) {
     return PERR_NO_MEMORY;
@@ -170,8 +110,10 @@ int PProcess::getChildPID(unsigned int processId, std::vector<unsigned int>& chi
     if (!entries.isOpen()) return PERR_NOT_FOUND;
 
     unsigned int const wanted = processId == 0 ? 1 : processId;
-    while (char const* const entry = entries.next())
-        if (_readParent(entry) == wanted) children.push_back(_processId(entry));
+    unsigned int one = 0;
+    unsigned int parent = 0;
+    while (entries.next(one))
+        if (getParentPID(one, parent) == PERR_OK && parent == wanted) children.push_back(one);
     return children.empty() ? PERR_NOT_FOUND : PERR_OK;
 } catch (std::bad_alloc const&) {
     return PERR_NO_MEMORY;
@@ -200,8 +142,7 @@ int PProcess::find(PString const& name, std::vector<unsigned int>& pids,
     pids.clear();
     parentPids.clear();
     _reapEndedChildren();
-    WantedProgram const wanted(name);
-    return wanted.isWhole() ? _find(wanted, pids, parentPids) : PERR_NO_MEMORY;
+    return _find(name, pids, parentPids);
 } catch (std::bad_alloc const&) {
     parentPids.resize(pids.size());  // the last match may have found memory for its parent only
     return PERR_NO_MEMORY;

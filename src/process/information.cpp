@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cwchar>
 #include <new>
+#include <string>
 #include <utility>
 
 #include <sys/resource.h>
@@ -18,7 +19,6 @@ namespace {
 constexpr std::size_t LINK_BYTES = 512;
 constexpr std::size_t COMMAND_CHUNK_BYTES = 255;
 constexpr std::size_t ENVIRONMENT_BLOCK_BYTES = 128;
-constexpr std::size_t STREAM_BUFFER_BYTES = 4096;
 constexpr unsigned int KILOBYTE_SHIFT = 10;
 
 int _readLink(char const* link, PString& out) {
@@ -33,81 +33,59 @@ int _readLink(char const* link, PString& out) {
     return PUtils::fixFileSeparator(out);
 }
 
-/// Joins the arguments of a command line. The index at which an argument starts runs on from one
-/// chunk to the next: callers know that only the first chunk is cut in the right places.
-class CommandLineJoiner {
-public:
-    explicit CommandLineJoiner(PString& commandLine) : whole(commandLine) {}
+/// Joins an argument to a command line. It gets as many characters as it has bytes: zeros fill up
+/// behind multibyte text. One that the locale cannot convert joins as an empty one.
+void _joinArgument(std::wstring& line, char const* text, std::size_t bytes) {
+    wchar_t argument[COMMAND_CHUNK_BYTES] = {};
+    std::size_t const characters = bytes == 0 ? 0 : _widen(argument, text, bytes);
+    if (characters == MULTIBYTE_FAILED) bytes = 0;
 
-    int addChunk(char const* chunk, std::size_t bytes) {
-        length = 0;
-        for (std::size_t i = 0; i < bytes; ++i) {
-            if (chunk[i] != '\0') continue;
-            addArgument(chunk + std::min(start, i), i - std::min(start, i));
-            start = i + 1;
-        }
-        return whole.cat(joined, length);
-    }
-
-private:
-    void addArgument(char const* text, std::size_t bytes) {
-        wchar_t argument[COMMAND_CHUNK_BYTES + 1];
-        std::size_t const characters = _widen(argument, text, bytes);
-        // One character a byte: zeros fill up behind multibyte text. Without a conversion, none.
-        if (characters == 0 || characters == MULTIBYTE_FAILED)
-            bytes = 0;
-        else
-            std::fill(argument + characters, argument + bytes, L'\0');
-
-        bool const quoted = std::wmemchr(argument, L' ', bytes) != nullptr;
-        if (whole.len() + length > 0) joined[length++] = L' ';
-        if (quoted) joined[length++] = L'"';
-        length = static_cast<std::size_t>(std::copy_n(argument, bytes, joined + length) - joined);
-        if (quoted) joined[length++] = L'"';
-    }
-
-    PString& whole;
-    std::size_t start = 0;
-    std::size_t length = 0;
-    wchar_t joined[2 * COMMAND_CHUNK_BYTES + 2];  ///< at most three characters more an argument
-};
+    bool const quoted = std::wmemchr(argument, L' ', bytes) != nullptr;
+    if (!line.empty()) line += L' ';
+    if (quoted) line += L'"';
+    line.append(argument, bytes);
+    if (quoted) line += L'"';
+}
 
 std::size_t _asciiRun(char const* text) {
     char const* end = text;
-    while (static_cast<unsigned char>(*end - 1) < 0x7F) ++end;
+    while (static_cast<signed char>(*end) > 0) ++end;
     return static_cast<std::size_t>(end - text);
 }
 
+/// Converts the byte alone, and drops it where no character begins.
+int _addCharacter(char const* at, PString& current) {
+    wchar_t character = 0;
+    return _widen(&character, at, 1) == 1 ? current.cat(&character, 1) : PERR_OK;
+}
+
 /// Takes a terminated block apart at its zero bytes. Plain runs are converted at once, any other
-/// byte alone: it is dropped where no character begins.
+/// byte alone.
 int _addBlock(char const* block, std::size_t bytes, PString& current,
               std::vector<PString>& entries) {
     for (char const* at = block; at < block + bytes;) {
         std::size_t const run = _asciiRun(at);
-        if (run > 0) {
-            if (current.cat(at, run) != PERR_OK) return PERR_NO_MEMORY;
-        } else if (*at != '\0') {
-            (void)current.cat(at, 1);
-        } else {
+        int result = PERR_OK;
+        if (run > 0)
+            result = current.cat(at, run);
+        else if (*at != '\0')
+            result = _addCharacter(at, current);
+        else
             entries.push_back(std::exchange(current, PString()));
-        }
+        if (result != PERR_OK) return result;
         at += std::max<std::size_t>(run, 1);
     }
     return PERR_OK;
 }
 
-/// Reads on until a line holds `needle`; otherwise the code that ended the reading.
-int _findLine(PFile& file, PLiteral const& needle, PString& line) {
-    for (;;) {
-        int const result = file.preadLine(line);
-        if (result != PERR_OK) return result;
-        unsigned long position = 0;
-        if (line.str(needle, position, false, false) == PERR_OK) return PERR_OK;
-    }
-}
-
-int _unreadable(int result) {
-    return result == PERR_NO_MEMORY ? result : PERR_NOT_FOUND;
+/// Reads on until a line holds `needle`. PERR_END_OF_FILE where none does, PERR_NOT_FOUND where the
+/// file cannot be read, PERR_NO_MEMORY.
+int _readLineHolding(PFile& file, PLiteral const& needle, PString& line) {
+    unsigned long position = 0;
+    int result = file.preadLine(line);
+    while (result == PERR_OK && line.str(needle, position, false, false) != PERR_OK)
+        result = file.preadLine(line);
+    return result == PERR_READ ? PERR_NOT_FOUND : result;
 }
 
 /// The key that is searched for is written "Uid:" by this system, so nearly every process is
@@ -120,9 +98,10 @@ int _readUserId(unsigned int processId, int& userId) {
     if (file.popen(path, PFile::OPEN_READ, 1) != PERR_OK) return PERR_NOT_FOUND;
 
     PString line;
-    int const result = _findLine(file, L"uid", line);
-    if (result == PERR_OK) (void)std::swscanf(line.ptr(), L"%*ls %d", &userId);  // else it stays 0
-    return result == PERR_OK || result == PERR_END_OF_FILE ? PERR_OK : _unreadable(result);
+    int const result = _readLineHolding(file, L"uid", line);
+    if (result == PERR_END_OF_FILE) return PERR_OK;  // it stays 0
+    if (result == PERR_OK) (void)std::swscanf(line.ptr(), L"%*ls %d", &userId);
+    return result;
 }
 
 }  // namespace
@@ -130,9 +109,10 @@ int _readUserId(unsigned int processId, int& userId) {
 int PProcess::getName(unsigned int processId, PString& name) {
     name.clear();
     _reapEndedChildren();
-    ProcLines status(ProcPath(processId, "status"));
-    char const* const line = status.isOpen() ? status.find("Name:") : nullptr;
-    return line == nullptr ? PERR_NOT_FOUND : _readName(line, name);
+    ProcFile status(ProcPath(processId, "status"));
+    char* const line = status.isOpen() ? status.findLine("Name:") : nullptr;
+    if (line == nullptr) return PERR_NOT_FOUND;
+    return _readName(line, name) == PERR_OK ? PERR_OK : PERR_NO_MEMORY;
 }
 
 int PProcess::getName(PString& name) const {
@@ -152,20 +132,28 @@ int PProcess::getPath(PString& path) const {
     return PERR_OK;
 }
 
-int PProcess::getCmdLine(unsigned int processId, PString& commandLine) {
-    ProcStream const stream = _openProcStream(ProcPath(processId, "cmdline"));
-    if (stream == nullptr) return PERR_NOT_FOUND;
-    char buffer[STREAM_BUFFER_BYTES];
-    (void)std::setvbuf(stream.get(), buffer, _IOFBF, sizeof buffer);  // without it: slower only
+int PProcess::getCmdLine(unsigned int processId, PString& commandLine) try {
+    ProcFile file(ProcPath(processId, "cmdline"));
+    if (!file.isOpen()) return PERR_NOT_FOUND;
     commandLine.clear();
 
-    CommandLineJoiner joiner(commandLine);
+    std::wstring line;
     char chunk[COMMAND_CHUNK_BYTES];
-    while (std::size_t const got = std::fread(chunk, 1, sizeof chunk, stream.get())) {
-        int const result = joiner.addChunk(chunk, got);
-        if (result != PERR_OK) return result;
+    std::size_t start = 0;
+    while (std::size_t const got = file.read(chunk, sizeof chunk)) {
+        // Where an argument starts runs on from one chunk to the next: callers know that only the
+        // first chunk is cut in the right places.
+        for (std::size_t i = 0; i < got; ++i) {
+            if (chunk[i] != '\0') continue;
+            if (start > i) start = i;
+            _joinArgument(line, chunk + start, i - start);
+            start = i + 1;
+        }
     }
-    return std::ferror(stream.get()) != 0 ? PERR_NOT_FOUND : PERR_OK;
+    int const result = commandLine.set(line.data(), line.size());
+    return file.failed() ? PERR_NOT_FOUND : result;
+} catch (std::bad_alloc const&) {
+    return PERR_NO_MEMORY;
 }
 
 int PProcess::getCmdLine(PString& commandLine) const {
@@ -200,19 +188,17 @@ int PProcess::getPriority(int& value) const {
 
 int PProcess::getEnvironment(unsigned int processId, std::vector<PString>& environment) try {
     environment.clear();
-    ProcStream const stream = _openProcStream(ProcPath(processId, "environ"));
-    if (stream == nullptr) return PERR_NOT_FOUND;
-    char buffer[STREAM_BUFFER_BYTES];
-    (void)std::setvbuf(stream.get(), buffer, _IOFBF, sizeof buffer);  // without it: slower only
+    ProcFile file(ProcPath(processId, "environ"));
+    if (!file.isOpen()) return PERR_NOT_FOUND;
 
     PString current;
     char block[ENVIRONMENT_BLOCK_BYTES + 1];
-    while (std::size_t const got = std::fread(block, 1, ENVIRONMENT_BLOCK_BYTES, stream.get())) {
+    while (std::size_t const got = file.read(block, ENVIRONMENT_BLOCK_BYTES)) {
         block[got] = '\0';
         int const result = _addBlock(block, got, current, environment);
         if (result != PERR_OK) return result;
     }
-    return std::ferror(stream.get()) != 0 ? PERR_NOT_FOUND : PERR_OK;
+    return file.failed() ? PERR_NOT_FOUND : PERR_OK;
 } catch (std::bad_alloc const&) {
     return PERR_NO_MEMORY;
 }
@@ -222,9 +208,9 @@ int PProcess::getEnvironment(std::vector<PString>& entries) const {
 }
 
 int PProcess::getMemoryUsage(unsigned int processId, unsigned long long& bytes) {
-    ProcLines status(ProcPath(processId, "status"));
+    ProcFile status(ProcPath(processId, "status"));
     if (!status.isOpen()) return PERR_NO_PROCESS;  // this query alone says so
-    char const* const line = status.find("VmRSS:");
+    char const* const line = status.findLine("VmRSS:");
     if (line == nullptr) return PERR_NOT_FOUND;
 
     unsigned int kilobytes = 0;
@@ -240,8 +226,8 @@ int PProcess::getMemoryUsage(unsigned long long& bytes) const {
 
 int PProcess::getParentPID(unsigned int processId, unsigned int& parentId) {
     parentId = 0;
-    ProcLines status(ProcPath(processId, "status"));
-    char const* const line = status.isOpen() ? status.find("PPid:") : nullptr;
+    ProcFile status(ProcPath(processId, "status"));
+    char const* const line = status.isOpen() ? status.findLine("PPid:") : nullptr;
     if (line == nullptr) return PERR_NOT_FOUND;
     _readNumber(line, parentId);
     return PERR_OK;
@@ -259,35 +245,24 @@ int PProcess::getUserName(unsigned int const& processId, PString& name) {
     if (accounts.popen(L"/etc/passwd", PFile::OPEN_READ, 1) != PERR_OK) return PERR_NOT_FOUND;
 
     PString line;
-    result = _findLine(accounts, needle, line);
+    result = _readLineHolding(accounts, needle, line);
     if (result == PERR_END_OF_FILE) return PERR_OK;  // an unknown user leaves the name alone
-    if (result != PERR_OK) return _unreadable(result);
+    if (result != PERR_OK) return result;
     wchar_t const* const first = line.ptr() + std::wcsspn(line.ptr(), L":");
     return name.set(first, std::wcscspn(first, L":"));
 }
 
 int PProcess::getFreeMemory(unsigned long long& bytes) {
     bytes = 0;
-    ProcLines report("/proc/meminfo");
+    ProcFile report("/proc/meminfo");
     if (!report.isOpen()) return PERR_IO;
 
-    struct {
-        char const* key;
-        bool found;
-        unsigned int kilobytes;
-    } values[] = {{"MemFree:", false, 0}, {"Buffers:", false, 0}, {"Cached:", false, 0}};
-    std::size_t missing = std::size(values);
-    while (missing > 0) {
-        char const* const line = report.next();
-        if (line == nullptr) break;
-        for (auto& value : values) {
-            if (value.found || !_startsWith(line, value.key)) continue;
-            value.found = true;
-            _readNumber(line, value.kilobytes);
-            --missing;
-        }
-    }
-    for (auto const& value : values) bytes += value.kilobytes;
+    (void)report.takeFirstLines({"MemFree:", "Buffers:", "Cached:"},
+                                [&](std::size_t, char const* line) {
+                                    unsigned int kilobytes = 0;
+                                    _readNumber(line, kilobytes);
+                                    bytes += kilobytes;
+                                });
     bytes <<= KILOBYTE_SHIFT;
     return PERR_OK;
 }

@@ -4,29 +4,42 @@
 
 #include <sys/wait.h>
 
+#include "sync/uncancelled.h"
+#include "text/multibyte.h"
+
+void CloseStream::operator()(std::FILE* stream) const {
+    Uncancelled const whole;
+    (void)std::fclose(stream);
+}
+
 ProcStream _openProcStream(char const* path) {
-    return ProcStream(std::fopen(path, "re"));
+    // Not cancelled in between (the C library's "c"): a thread that ended there would leak a stream.
+    return ProcStream(std::fopen(path, "rec"));
 }
 
 ProcPath::ProcPath(unsigned int processId, char const* file) {
     (void)std::snprintf(text, sizeof text, "/proc/%u/%s", processId, file);
 }
 
-ProcPath::ProcPath(char const* entry, char const* file) {
-    (void)std::snprintf(text, sizeof text, "/proc/%s/%s", entry, file);
-}
-
-ProcLines::ProcLines(char const* path) : stream(_openProcStream(path)) {
+ProcFile::ProcFile(char const* path) : stream(_openProcStream(path)) {
     if (stream == nullptr) return;
     (void)std::setvbuf(stream.get(), buffer, _IOFBF, sizeof buffer);  // without it: slower only
 }
 
-char const* ProcLines::next() {
+std::size_t ProcFile::read(char* block, std::size_t bytes) {
+    return std::fread(block, 1, bytes, stream.get());
+}
+
+bool ProcFile::failed() const {
+    return std::ferror(stream.get()) != 0;
+}
+
+char* ProcFile::nextLine() {
     return std::fgets(line, sizeof line, stream.get());
 }
 
-char const* ProcLines::find(char const* key) {
-    while (char const* const found = next())
+char* ProcFile::findLine(char const* key) {
+    while (char* const found = nextLine())
         if (_startsWith(found, key)) return found;
     return nullptr;
 }
@@ -39,13 +52,25 @@ void _readNumber(char const* line, unsigned int& value) {
     (void)std::sscanf(line, "%*s %u", &value);
 }
 
-int _readName(char const* line, PString& name) {
-    // The line end is left out here: behind multibyte text `trim` would not reach it.
-    char const* const text = line + std::strlen("Name:");
-    int const result = name.set(text, std::strcspn(text, "\n"));
+int _convertText(char const* text, PString& out) {
+    wchar_t characters[ProcFile::LINE_BYTES];
+    out.clear();
+    std::size_t const count = _widen(characters, text, ProcFile::LINE_BYTES);
+    return count == MULTIBYTE_FAILED ? PERR_CONVERSION : out.set(characters, count);
+}
+
+int _readName(char* line, PString& name) {
+    // The line end goes first: a conversion reads on where characters have several bytes.
+    char* const text = line + std::strlen("Name:");
+    text[std::strcspn(text, "\n")] = '\0';
+    int const result = _convertText(text, name);
     return result == PERR_OK ? name.trim() : result;
 }
 
 void _reapEndedChildren() {
     while (waitpid(0, nullptr, WNOHANG) > 0) {}
+}
+
+bool _reapIfEnded(unsigned int processId) {
+    return waitpid(static_cast<pid_t>(processId), nullptr, WNOHANG) != 0;
 }

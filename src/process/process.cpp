@@ -1,14 +1,17 @@
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <cwchar>
+#include <memory>
 #include <new>
-#include <utility>
+#include <string>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <portinglayer/processes.h>
 
+#include "process/proc_files.h"
+#include "sync/uncancelled.h"
+#include "text/multibyte.h"
 #include "text/narrow_text.h"
 
 PORTINGLAYER_HELD_PPTR(, PProcess);
@@ -37,22 +40,32 @@ bool _copyEntries(std::vector<PString>& to, std::vector<PString> const& from) {
     return true;
 }
 
-/// Takes the text apart at its single spaces. An empty token becomes a null pointer, which ends the
-/// list that the program sees.
-std::vector<PPtr<char>> _takeTokens(PString& text) {
-    std::vector<PPtr<char>> tokens;
-    PString token;
-    while (PLiteral::getNextToken(text, token, L' ') == PERR_OK)
-        tokens.emplace_back(PLiteral::pwchar2pchar(token.ptr(), P_WHOLE_STRING));
-    return tokens;
+/// The multibyte text that the locale makes of `limit` characters, cut to as many bytes; empty where
+/// it cannot. Throws without memory.
+std::string _narrowed(wchar_t const* text, std::size_t limit) {
+    std::string bytes(limit, '\0');
+    std::size_t const made = limit == 0 ? 0 : _narrow(bytes.data(), text, limit);
+    bytes.resize(made == MULTIBYTE_FAILED ? 0 : made);
+    return bytes;
 }
 
-char** _newArgumentVector(PPtr<char> const& program, std::vector<PPtr<char>> const& tokens) {
-    char** const entries = new (std::nothrow) char*[tokens.size() + 2];
-    if (entries == nullptr) return nullptr;
-    entries[0] = program.get();
-    for (std::size_t i = 0; i < tokens.size(); ++i) entries[i + 1] = tokens[i].get();
-    entries[tokens.size() + 1] = nullptr;
+/// Takes the text apart at its single spaces. Throws without memory.
+std::vector<std::string> _takeArguments(PString& text) {
+    std::vector<std::string> arguments;
+    PString token;
+    while (text.len() > 0) {
+        if (PLiteral::getNextToken(text, token, L' ') != PERR_OK) throw std::bad_alloc();
+        arguments.push_back(_narrowed(token.ptr(), token.len()));
+    }
+    return arguments;
+}
+
+/// The vector that the program sees. An empty argument becomes a null pointer, which ends it there.
+std::vector<char*> _argumentVector(std::string& program, std::vector<std::string>& arguments) {
+    std::vector<char*> entries{program.data()};
+    for (std::string& argument : arguments)
+        entries.push_back(argument.empty() ? nullptr : argument.data());
+    entries.push_back(nullptr);
     return entries;
 }
 
@@ -63,34 +76,40 @@ void _enterFolder(PString const& folder) {
 }
 
 void _addToEnvironment(PString const& entry) {
-    PPtr<char> const text(entry.ascii());
-    char* const separator = text.get() == nullptr ? nullptr : std::strchr(text.get(), '=');
-    if (separator == nullptr) return;
-    *separator = '\0';
-    (void)setenv(text.get(), separator + 1, 1);  // an entry that is refused is skipped
+    std::string text = _narrowed(entry.ptr(), entry.len());
+    std::size_t const separator = text.find('=');
+    if (separator == std::string::npos) return;
+    text[separator] = '\0';
+    (void)setenv(text.c_str(), text.c_str() + separator + 1, 1);  // what is refused is skipped
 }
 
 /// The child's way from the fork to its program. Returns only when memory runs out.
-int _becomeProgram(PString const& executable, PString& arguments, PString const& workingDir,
+int _becomeProgram(PString const& executable, PString& argumentText, PString const& workingDir,
                    std::vector<PString> const& environment) try {
-    PPtr<char> const program(PLiteral::pwchar2pchar(executable.ptr(), P_WHOLE_STRING));
-    std::vector<PPtr<char>> const tokens = _takeTokens(arguments);
-    PPtr<char*> const argv(_newArgumentVector(program, tokens));
-    if (argv.get() == nullptr) return PERR_NO_MEMORY;
+    std::string program = _narrowed(executable.ptr(), std::wcslen(executable.ptr()));
+    std::vector<std::string> arguments = _takeArguments(argumentText);
+    std::vector<char*> const entries = _argumentVector(program, arguments);
 
     _enterFolder(workingDir);
     for (PString const& entry : environment) _addToEnvironment(entry);
 
-    if (program.get() == nullptr) std::exit(EFAULT);  // as execvp would refuse it
-    (void)execvp(program.get(), argv.get());
+    if (program.empty()) std::exit(EFAULT);  // as execvp would refuse a name that is none
+    (void)execvp(program.c_str(), entries.data());
     std::exit(errno);
 } catch (std::bad_alloc const&) {
     return PERR_NO_MEMORY;
 }
 
+/// Makes an object ready for another child.
+int _forgetEndedChild(PProcess& process) {
+    bool running = false;
+    (void)process.isRunning(running);
+    return running ? PERR_PROCESS_RUNNING : process.clearProcessInfo();
+}
+
 int _startKept(PProcess* process, unsigned int& pid) {
     if (process == nullptr) return PERR_NO_MEMORY;
-    PPtr<PProcess> const holder(process, PPtr<PProcess>::SINGLE);
+    std::unique_ptr<PProcess> const holder(process);
     int const result = process->start();
     return result == PERR_OK ? process->getPID(pid) : result;
 }
@@ -127,16 +146,12 @@ PProcess::~PProcess() {
 }
 
 int PProcess::start() {
-    bool running = false;
-    int const result = isRunning(running);
-    if (running) return PERR_PROCESS_RUNNING;
-
-    (void)clearProcessInfo();
-    (void)initProcessInfo();
+    int const result = _forgetEndedChild(*this);
+    if (result != PERR_OK) return result;
     if (executable.ptr() == nullptr || executable.len() == 0) return PERR_NOT_FOUND;
 
     pid = static_cast<unsigned int>(fork());
-    if (pid != 0) return result;  // also when the fork failed: callers find out through getPID
+    if (pid != 0) return PERR_OK;  // also when the fork failed: callers find out through getPID
 
     pid = getCurrentPID();
     return _becomeProgram(executable, arguments, workingDir, environment);
@@ -166,13 +181,8 @@ int PProcess::start(PLiteral const& executable, PLiteral const& arguments, unsig
 // By value, as the interface has it.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 int PProcess::startProcAsDifferentUser(PString /*user*/, PString /*password*/) {
-    bool running = false;
-    (void)isRunning(running);
-    if (running) return PERR_PROCESS_RUNNING;
-
-    (void)clearProcessInfo();
-    (void)initProcessInfo();
-    return PERR_NOT_SUPPORTED;
+    int const result = _forgetEndedChild(*this);
+    return result == PERR_OK ? PERR_NOT_SUPPORTED : result;
 }
 
 int PProcess::initProcessInfo() {
@@ -181,13 +191,9 @@ int PProcess::initProcessInfo() {
 }
 
 int PProcess::clearProcessInfo() {
-    unsigned int const remembered = pid;
-    pid = 0;
-
-    int status = 0;
-    if (remembered != 0)
-        (void)waitpid(static_cast<pid_t>(remembered), &status, WNOHANG);  // it may still run
-    return PERR_OK;
+    Uncancelled const whole;
+    if (pid != 0) (void)_reapIfEnded(pid);  // it may still run
+    return initProcessInfo();
 }
 
 unsigned int PProcess::getCurrentPID() {

@@ -1,25 +1,19 @@
 #include "process/process_group.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include "process/proc_files.h"
+#include "process/process_entries.h"
 #include "sync/uncancelled.h"
 
 namespace {
 
-struct CloseListing {
-    void operator()(DIR* listing) const { (void)closedir(listing); }
-};
-
 /// Whether a process belongs to the group and has not ended.
-bool _runsWithin(pid_t group, char const* entry) {
-    ProcLines stat(ProcPath(entry, "stat"));
-    char const* const line = stat.isOpen() ? stat.next() : nullptr;
+bool _runsWithin(pid_t group, unsigned int processId) {
+    ProcFile stat(ProcPath(processId, "stat"));
+    char const* const line = stat.isOpen() ? stat.nextLine() : nullptr;
     char const* const name = line == nullptr ? nullptr : std::strrchr(line, ')');  // of any letters
     char state = 0;
     pid_t itsGroup = 0;
@@ -31,11 +25,10 @@ bool _runsWithin(pid_t group, char const* entry) {
 
 pid_t _runningMember(pid_t group) {
     Uncancelled const untilClosed;
-    std::unique_ptr<DIR, CloseListing> const listing(opendir("/proc"));
-    if (listing == nullptr) return getpid();
-    while (dirent const* const entry = readdir(listing.get())) {
-        auto const pid = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-        if (pid > 0 && _runsWithin(group, entry->d_name)) return pid;
-    }
+    ProcessEntries entries;
+    if (!entries.isOpen()) return getpid();
+    unsigned int processId = 0;
+    while (entries.next(processId))
+        if (_runsWithin(group, processId)) return static_cast<pid_t>(processId);
     return 0;
 }

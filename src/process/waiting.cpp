@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -19,8 +20,7 @@ struct Polling {
     static constexpr unsigned int POLLS_WANTED = 10;
 
     explicit Polling(unsigned int timeoutMs)
-        : step(timeoutMs / POLLS_WANTED < MIN_STEP_MS ? MIN_STEP_MS : timeoutMs / POLLS_WANTED),
-          polls(timeoutMs / step) {}
+        : step(std::max(timeoutMs / POLLS_WANTED, MIN_STEP_MS)), polls(timeoutMs / step) {}
 
     void sleepOneStep() const {
         (void)PThread::psleep(step);  // a sleep cut short by a signal only polls earlier
@@ -42,10 +42,10 @@ int _decodeStatus(int status, int& exitCode) {
 int PProcess::isRunning(unsigned int processId, bool& running) {
     running = false;
     _reapEndedChildren();
-    ProcLines status(ProcPath(processId, "status"));
+    ProcFile status(ProcPath(processId, "status"));
     if (!status.isOpen()) return PERR_OK;
 
-    char const* const state = status.find("State:");
+    char const* const state = status.findLine("State:");
     running = state == nullptr ||
               (std::strstr(state, "zombie") == nullptr && std::strstr(state, " Z") == nullptr);
     return PERR_OK;
@@ -88,12 +88,11 @@ bool PProcess::waitFinish(unsigned int processId, unsigned int timeoutMs) {
 bool PProcess::waitFinish(unsigned int timeoutMs) {
     if (pid == 0) return false;
     Polling const polling(timeoutMs);
-    for (unsigned int i = 0;; ++i) {
-        int status = 0;
-        if (waitpid(static_cast<pid_t>(pid), &status, WNOHANG) != 0) return false;
-        if (i >= polling.polls) break;
+    for (unsigned int i = 0; i < polling.polls; ++i) {
+        if (_reapIfEnded(pid)) return false;
         polling.sleepOneStep();
     }
+    if (_reapIfEnded(pid)) return false;
 
     bool running = false;
     (void)isRunning(running);
@@ -103,9 +102,7 @@ bool PProcess::waitFinish(unsigned int timeoutMs) {
 int PProcess::killSignal(unsigned int processId, int signal) {
     if (::kill(static_cast<pid_t>(processId), signal) == -1) return PERR_KILL;
     (void)PThread::psleep(KILL_PAUSE_MS);
-
-    int status = 0;
-    (void)waitpid(static_cast<pid_t>(processId), &status, WNOHANG);  // no child, or still running
+    (void)_reapIfEnded(processId);  // no child, or still running
     return PERR_OK;
 }
 
@@ -125,6 +122,5 @@ int PProcess::kill() {
     }
 
     (void)clearProcessInfo();
-    (void)initProcessInfo();
     return result;
 }
