@@ -12,7 +12,7 @@ namespace {
 /// Which call fails, -1 for none, 0 where nothing is watched, and what has come of it.
 thread_local struct {
     int nth, calls;
-    bool lasting, fired;
+    bool lasting, fired, isAllocation;
 } fault;
 
 std::atomic<long> liveBlocks{0};
@@ -73,7 +73,7 @@ int firstFailure(std::initializer_list<int> codes) {
 
 int runFailing(int nth, bool lasting, std::function<int()> const& operation) {
     pid_t const self = getpid();
-    fault = {nth, 0, lasting, false};
+    fault = {nth, 0, lasting, false, false};
     int const code = operation();
     fault.nth = 0;
     if (getpid() != self) _exit(2);  // the child of a failed launch: the tests are the parent's
@@ -88,10 +88,19 @@ bool isWatching() {
     return fault.nth != 0;
 }
 
-bool failsNow() {
+int watchedCalls() {
+    return fault.calls;
+}
+
+bool memoryRanOut() {
+    return fault.isAllocation;
+}
+
+bool failsNow(bool isAllocation) {
     if (fault.nth == 0) return false;
     ++fault.calls;
     bool const fails = fault.calls == fault.nth || (fault.calls > fault.nth && fault.lasting);
+    if (fails && !fault.fired) fault.isAllocation = isAllocation;
     fault.fired = fault.fired || fails;
     errno = fails ? EIO : errno;
     return fails;

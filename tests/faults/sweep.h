@@ -33,9 +33,13 @@ int runFailing(int nth, bool lasting, std::function<int()> const& operation);
 /// Ends the watching where an exception left `runFailing`.
 void stopFailing();
 
+/// How many watched calls the last run made, and whether its first failure was an allocation.
+int watchedCalls();
+bool memoryRanOut();
+
 /// For the watched calls: whether calls are watched now, and whether this one is to fail.
 bool isWatching();
-bool failsNow();
+bool failsNow(bool isAllocation = false);
 
 /// For the allocation operators: blocks handed out and not given back.
 void countBlocks(long change);

@@ -10,7 +10,7 @@
 // clang-format off
 // Those for arrays forward here, but under a sanitizer.
 void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
-    void* const block = failsNow() ? nullptr : std::malloc(bytes);
+    void* const block = failsNow(true) ? nullptr : std::malloc(bytes);
     countBlocks(block != nullptr ? 1 : 0);
     return block;
 }

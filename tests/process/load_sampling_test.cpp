@@ -1,0 +1,201 @@
+#include <process/children.h>
+#include <process/script.h>
+
+#include "process/cpu_sampling.h"
+
+namespace {
+
+using Contents = std::vector<std::string>;
+
+std::string const ZEROS = "cpu 0 0 0 0 0 0 0 0\n";
+
+/// The file of a process for who reads its first block, and of the machine for who seeks on.
+std::string _bothFiles(int user, int system, std::string const& machine,
+                       std::string const& name = "(x)") {
+    std::string block = "1 " + name + " S 4 5 6 7 8 9 10 11 12 13 ";
+    block += std::to_string(user) + " " + std::to_string(system);
+    for (int field = 16; field <= 52; ++field) block += " " + std::to_string(field);
+    block.resize(1024, ' ');
+    return block + machine;
+}
+
+}  // namespace
+
+TEST(LoadOfTheMachine, IsCountedBetweenTwoSamples) {
+    struct {
+        char const* what;
+        Contents samples;
+        unsigned int percent;
+    } const rows[] = {
+        {"user", {ZEROS, "cpu 1 0 0 1 0 0 0 0"}, 50},
+        {"nice", {ZEROS, "cpu 0 1 0 3 0 0 0 0"}, 25},
+        {"system", {ZEROS, "cpu 0 0 1 4 0 0 0 0"}, 20},
+        {"waits and interrupts are not busy", {ZEROS, "cpu 1 0 0 0 1 1 1 1"}, 20},
+        {"only what moved counts", {"cpu 7 7 7 7 7 7 7 7", "cpu 8 8 8 8 8 8 8 8"}, 37},
+        {"idle time that runs back stands still", {"cpu 0 0 0 99", "cpu 3 0 0 0 0 1"}, 75},
+        {"nothing moved", {ZEROS}, 0},
+        {"nothing to read", {""}, 0},
+        {"busy time wraps at 32 bits", {"cpu 0", "cpu 42949973 0 0 0 0 0 0 0"}, 0},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script(row.samples);
+        unsigned int percent = 7;
+        EXPECT_CODE(PERR_OK, PProcess::getCPUUsage(percent));
+        EXPECT_EQ(row.percent, percent);
+        EXPECT_EQ(Contents{"sleep 1"}, script.calls());
+    }
+}
+
+TEST(LoadOfAProcess, IsItsShareOfTheMachine) {
+    struct {
+        char const* what;
+        Contents samples;
+        unsigned int percent;
+    } const rows[] = {
+        {"user and system time",
+         {_bothFiles(7, 9, ZEROS), _bothFiles(17, 14, "cpu 40 0 0 0 0 0 0 0 ")},
+         37},
+        {"every counter is of the machine",
+         {_bothFiles(0, 0, ZEROS), _bothFiles(1, 0, "cpu 1 1 1 1 1 1 1 1 ")},
+         12},
+        {"idle time that runs back stands still",
+         {_bothFiles(0, 0, "cpu 0 0 0 99 0 0 0 0 "), _bothFiles(3, 0, "cpu 4 0 0 0 0 0 0 0 ")},
+         75},
+        {"the last byte that was read is lost",
+         {_bothFiles(0, 0, ZEROS), _bothFiles(10, 5, "cpu 0 0 0 0 0 0 0 1009")},
+         15},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script(row.samples);
+        unsigned int percent = 7;
+        EXPECT_CODE(PERR_OK, PProcess::getCPUUsage(1, percent));
+        EXPECT_EQ(row.percent, percent);
+        EXPECT_EQ(Contents{"usleep 400000"}, script.calls());
+    }
+}
+
+TEST(LoadOfAProcess, IsNoneWhereItCannotBeCounted) {
+    struct {
+        char const* what;
+        Contents samples;
+        int code;
+    } const rows[] = {
+        {"nothing moved", {_bothFiles(7, 9, ZEROS)}, PERR_SYSTEM},
+        {"a space in the name", {_bothFiles(0, 0, ZEROS, "(a b)")}, PERR_SYSTEM},
+        {"a counter of the machine is missing",
+         {_bothFiles(0, 0, "cpu 1 2 3 4 5 6 7 ")},
+         PERR_END_OF_FILE},
+        {"ended meanwhile", {_bothFiles(0, 0, ZEROS), ""}, PERR_END_OF_FILE},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script(row.samples);
+        unsigned int percent = 7;
+        EXPECT_CODE(row.code, PProcess::getCPUUsage(1, percent));
+        EXPECT_EQ(0U, percent);
+    }
+    unsigned int percent = 7;
+    EXPECT_CODE(PERR_NO_SUCH_FILE, PProcess::getCPUUsage(endedProcess(), percent));
+    EXPECT_EQ(0U, percent);
+}
+
+TEST(LoadOfAProcessor, IsCountedFromItsLine) {
+    std::string const filling(2048, 'x');
+    struct {
+        char const* what;
+        Contents samples;
+        int code;
+        unsigned int percent;
+    } const rows[] = {
+        {"user", {"cpu1 0 0 0 0", "cpu1 1 0 0 3"}, PERR_OK, 25},
+        {"nice", {"cpu1 0 0 0 0", "cpu1 0 1 0 4"}, PERR_OK, 20},
+        {"system", {"cpu1 0 0 0 0", "cpu1 0 0 1 1"}, PERR_OK, 50},
+        {"only what moved counts", {"cpu1 5 6 7 8", "cpu1 6 7 8 9"}, PERR_OK, 75},
+        {"nothing moved", {"cpu1 5 6 7 8"}, PERR_OK, 0},
+        {"idle time that runs back", {"cpu1 0 0 0 100", "cpu1 5 0 0 0"}, PERR_OK, 500},
+        {"in the second block", {filling + "cpu1 0 0 0 0", filling + "cpu1 1 0 0 3"}, PERR_OK, 25},
+        {"across two blocks", {filling.substr(2) + "cpu1 0 0 0 0"}, PERR_SYSTEM, 7},
+        {"numbers across two blocks", {filling.substr(9) + "cpu1 0 0 0 0"}, PERR_SYSTEM, 7},
+        {"a number is missing", {"cpu1 0 0 0"}, PERR_SYSTEM, 7},
+        {"no such processor", {"cpu0 0 0 0 0"}, PERR_SYSTEM, 7},
+        {"another that begins alike", {"cpu10 0 0 0 0", "cpu10 1 0 0 1"}, PERR_OK, 50},
+        {"gone meanwhile", {"cpu1 0 0 0 0", "cpu0 0 0 0 0"}, PERR_SYSTEM, 7},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script(row.samples);
+        unsigned int percent = 7;
+        EXPECT_CODE(row.code, PProcess::getSpecCPUUsage(1, percent));
+        EXPECT_EQ(row.percent, percent);
+        EXPECT_EQ(row.samples.size() == 2 || row.code == PERR_OK ? Contents{"usleep 400000"}
+                                                                 : Contents(),
+                  script.calls());
+    }
+}
+
+TEST(LoadSampling, PauseComesFromTheEnvironmentAsItWasFirstRead) {
+    struct {
+        char const* setting;
+        unsigned int pause;
+    } const rows[] = {{"x", 400}, {"0", 400}, {"1500", 1500}, {"4294967297", 1}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.setting);
+        ChildRun reader([&] {
+            (void)setenv("TALV_PROC_SAMPLE_TIME_MS", row.setting, 1);
+            EXPECT_EQ(row.pause, _getSampleTime());
+            (void)setenv("TALV_PROC_SAMPLE_TIME_MS", "7", 1);
+            EXPECT_EQ(row.pause, _getSampleTime());
+            return testing::Test::HasFailure() ? 1 : 0;
+        });
+        EXPECT_EQ(0, reader.wait());
+    }
+}
+
+TEST(LoadSampling, RecordsHoldTheFieldsOfTheirLine) {
+    Script const script({_bothFiles(14, 15, "cpu 1 2 3 4 5 6 7 8 ")});
+    PFile file;
+    proc_stat process;
+    cpu_stat machine;
+    ASSERT_CODE(PERR_OK, file.popen(L"/any", PFile::OPEN_READ, 1));
+    EXPECT_CODE(PERR_OK, _readProcStat(file, 0, &process));
+    EXPECT_STREQ("(x)", process.comm);
+    EXPECT_EQ('S', process.state);
+    EXPECT_EQ(14U, process.utime);
+    EXPECT_EQ(15U, process.stime);
+    EXPECT_EQ(39, process.processor);
+    EXPECT_EQ(40, process.priority) << "the real-time priority stands here";
+    EXPECT_EQ(0U, process.rt_priority);
+    EXPECT_EQ(41U, process.policy);
+    EXPECT_CODE(PERR_OK, _readCpuStat(file, &machine));
+    EXPECT_EQ(1U, machine.user);
+    EXPECT_EQ(8U, machine.steal);
+}
+
+TEST(LoadSampling, RecordsAreClearedByAFailure) {
+    PFile closed;
+    proc_stat process;
+    cpu_stat machine;
+    process.pid = 7;
+    machine.user = 7;
+    EXPECT_CODE(PERR_NOT_OPEN, _readProcStat(closed, 0, &process));
+    EXPECT_EQ(0, process.pid);
+    EXPECT_CODE(PERR_NOT_OPEN, _readCpuStat(closed, &machine));
+    EXPECT_EQ(0U, machine.user);
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, _readProcStat(closed, 0, nullptr));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, _readCpuStat(closed, nullptr));
+}
+
+TEST(LoadSampling, CollectsNoChild) {
+    Child child;
+    unsigned int percent = 0;
+    int exitCode = 0;
+    child.end();
+    {
+        Script const script;
+        EXPECT_CODE(PERR_OK, PProcess::getCPUUsage(percent));
+        EXPECT_CODE(PERR_OK, PProcess::getSpecCPUUsage(0, percent));
+    }
+    EXPECT_CODE(PERR_OK, child.process.waitExitCode(exitCode));
+}

@@ -1,0 +1,201 @@
+#include <clocale>
+
+#include <process/children.h>
+#include <process/script.h>
+
+// What is read out of files of the system that hold what no system of today writes.
+
+namespace {
+
+std::string const NUL(1, '\0');
+std::string const E_ACUTE = "\xC3\xA9";
+std::string const PIECE(255, 'x');  // a line call gives no more bytes at once
+
+/// Text of `text` characters with as many zeros behind it.
+std::wstring _padded(std::wstring text, std::size_t zeros) {
+    return text.append(zeros, L'\0');
+}
+
+}  // namespace
+
+TEST(ScriptedStatus, MemoryIsTheNumberBehindItsKey) {
+    struct {
+        char const* what;
+        std::string status;
+        unsigned long long bytes;
+    } const rows[] = {
+        {"kilobytes", "Name:\tx\nVmRSS:    1000 kB\n", 1'024'000},
+        {"the largest", "VmRSS: 4294967295 kB\n", 4'398'046'510'080},
+        {"a key within a line is none", "Name: VmRSS: 5\n VmRSS: 6\nVmRSS: 7\n", 7168},
+        {"a long line comes in pieces", PIECE + "VmRSS: 5\nVmRSS: 6", 5120},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.status});
+        unsigned long long bytes = 0;
+        EXPECT_CODE(PERR_OK, PProcess::getMemoryUsage(1, bytes));
+        EXPECT_EQ(row.bytes, bytes);
+    }
+}
+
+TEST(ScriptedStatus, AProcessRunsUnlessItsStateSaysOtherwise) {
+    struct {
+        char const* what;
+        std::string status;
+        bool running;
+    } const rows[] = {
+        {"asleep", "State:\tS (sleeping)\n", true},
+        {"a zombie", "State:\tZ (zombie)\n", false},
+        {"Z alone", "State: Z\n", false},
+        {"zombie alone", "State:\tzombie\n", false},
+        {"Z in another line", "State:\tS\nName: Z\n", true},
+        {"no state", "Name:\tx\n", true},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.status});
+        bool running = !row.running;
+        EXPECT_CODE(PERR_OK, PProcess::isRunning(1, running));
+        EXPECT_EQ(row.running, running);
+    }
+}
+
+TEST(ScriptedStatus, WithoutItsLineAFactIsNotFound) {
+    Script const script({"Other:\t1\n"});
+    PString name(L"kept", 4);
+    unsigned int parent = 7;
+    unsigned long long bytes = 7;
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getName(1, name));
+    EXPECT_TEXT(L"", name);
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getParentPID(1, parent));
+    EXPECT_EQ(0U, parent);
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getMemoryUsage(1, bytes));
+    EXPECT_EQ(7U, bytes);
+}
+
+TEST(ScriptedStatus, FindWantsNameIdAndParentInAnyOrder) {
+    struct {
+        char const* what;
+        std::string status;
+        int code;
+    } const rows[] = {
+        {"as usual", "Name:\tx y\nPid:\t7\nPPid:\t5\n", PERR_OK},
+        {"another order", "PPid:\t5\nPid:\t7\nName:\tx y\n", PERR_OK},
+        {"the first of two counts", "Name:\tx y\nPPid:\t5\nPPid:\t6\nPid:\t7\nName: z\n", PERR_OK},
+        {"no name", "Pid:\t7\nPPid:\t5\n", PERR_NOT_FOUND},
+        {"no id", "Name:\tx y\nPPid:\t5\n", PERR_NOT_FOUND},
+        {"no parent", "Name:\tx y\nPid:\t7\n", PERR_NOT_FOUND},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.status});  // of every process
+        Ids pids, parents;
+        EXPECT_CODE(row.code, PProcess::find(owned("x Y"), pids, parents));
+        EXPECT_EQ(Ids(pids.size(), 5), parents);
+        EXPECT_EQ(row.code != PERR_OK, pids.empty());
+    }
+}
+
+TEST(ScriptedCommandLine, JoinsArgumentsByTheirBytes) {
+    std::string const shifted(300, 'a');
+    struct {
+        char const* what;
+        std::string file;
+        std::wstring line;
+    } const rows[] = {
+        {"none", "", L""},
+        {"several", "a" + NUL + "b" + NUL, L"a b"},
+        {"one holds a space", "a" + NUL + "b c" + NUL + "d" + NUL, L"a \"b c\" d"},
+        {"the first holds a space", "a b" + NUL + "c" + NUL, L"\"a b\" c"},
+        {"an empty one", "a" + NUL + NUL + "b" + NUL, L"a  b"},
+        {"without its end", "a" + NUL + "b", L"a"},
+        {"zeros stand behind multibyte text", E_ACUTE + NUL + "b" + NUL,
+         _padded(L"\xE9", 1) + L" b"},
+        {"what cannot be converted is empty", "a" + NUL + "\xFF" + NUL + "b" + NUL, L"a  b"},
+        {"cut wrongly behind 255 bytes", "x" + NUL + shifted + NUL + "b c" + NUL,
+         L"x " + std::wstring(45, L'a') + L" \"b c\""},
+        {"behind 255 bytes joined empty",
+         shifted.substr(0, 200) + NUL + shifted.substr(0, 60) + NUL + "b" + NUL,
+         std::wstring(200, L'a') + L"  b"},
+    };
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.file});
+        PString line(L"old", 3);
+        EXPECT_CODE(PERR_OK, PProcess::getCmdLine(1, line));
+        EXPECT_TEXT(row.line, line);
+    }
+}
+
+TEST(ScriptedEnvironment, SplitsEntriesAtTheirEnds) {
+    std::string const block(127, 'a');  // but for one byte
+    struct {
+        char const* what;
+        std::string file;
+        std::vector<std::wstring> entries;
+    } const rows[] = {
+        {"none", "", {}},
+        {"several", "A=1" + NUL + "B=" + NUL, {L"A=1", L"B="}},
+        {"an empty one", NUL + "B=2" + NUL, {L"", L"B=2"}},
+        {"the last without its end", "A=1" + NUL + "B=2", {L"A=1"}},
+        {"beyond ASCII", "A=" + E_ACUTE + "x" + NUL, {L"A=\xE9x"}},
+        {"bytes that are no character", "A=\xFFx" + NUL, {L"A=x"}},
+        {"longer than a block", block + "bcd" + NUL, {std::wstring(127, L'a') + L"bcd"}},
+        {"a character across two blocks",
+         block + E_ACUTE + "x" + NUL,
+         {std::wstring(127, L'a') + L"x"}},
+    };
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.file});
+        Texts entries(1);
+        EXPECT_CODE(PERR_OK, PProcess::getEnvironment(1, entries));
+        ASSERT_EQ(row.entries.size(), entries.size());
+        for (std::size_t i = 0; i < entries.size(); ++i) EXPECT_TEXT(row.entries[i], entries[i]);
+    }
+}
+
+TEST(ScriptedMachine, FreeMemoryIsTheSumOfThreeLines) {
+    struct {
+        char const* what;
+        std::string report;
+        unsigned long long kilobytes;
+    } const rows[] = {
+        {"all", "MemTotal: 64\nMemFree: 1\nBuffers: 2\nCached: 4\n", 7},
+        {"other keys that hold one", "MemFree: 1\nSwapCached: 64\nBuffers: 2\nCached: 4\n", 7},
+        {"the first of each", "MemFree: 1\nMemFree: 8\nBuffers: 2\nCached: 4\nCached: 16\n", 7},
+        {"what is missing is none", "MemFree: 1\nCached: 4\n", 5},
+        {"beyond 32 bits", "MemFree: 4294967295\nBuffers: 1\nCached: 4\n", 4'294'967'300},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.report});
+        unsigned long long bytes = 7;
+        EXPECT_CODE(PERR_OK, PProcess::getFreeMemory(bytes));
+        EXPECT_EQ(row.kilobytes * 1024, bytes);
+    }
+}
+
+TEST(ScriptedUser, IsRootUnlessALineHoldsTheKeyInSmallLetters) {
+    std::string const accounts = "a:x:17:71:\n:b:x:5:7:\nc:x:7:7:\n";
+    struct {
+        char const* what;
+        std::string status;
+        wchar_t const* name;
+    } const rows[] = {
+        {"the key as the system writes it", "Name:\tx\nUid:\t7\t7\n", L"root"},
+        {"in small letters", "Name:\tx\nuid:\t17\n", L"a"},
+        {"within a line, and a group's number counts", "Name:\t7uid\n", L"b"},
+        {"no account", "uid:\t8\n", L"kept"},
+        {"no number", "uid:\n", L"root"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Script const script({row.status + accounts});  // both files
+        PString name(L"kept", 4);
+        EXPECT_CODE(PERR_OK, PProcess::getUserName(1, name));
+        EXPECT_TEXT(row.name, name);
+    }
+}

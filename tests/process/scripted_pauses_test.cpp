@@ -1,0 +1,79 @@
+#include <process/children.h>
+#include <process/script.h>
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+}  // namespace
+
+TEST(ScriptedPauses, AWaitIsDividedIntoTenthsOfASecondAtLeast) {
+    struct {
+        unsigned int milliseconds;
+        std::size_t sleeps;
+        char const* sleep;
+    } const rows[] = {
+        {0, 0, ""},
+        {999, 0, ""},
+        {1000, 1, "usleep 1000000"},
+        {1999, 1, "usleep 1000000"},
+        {5000, 5, "usleep 1000000"},
+        {10009, 10, "usleep 1000000"},
+        {20009, 10, "usleep 2000000"},
+    };
+    Child child;
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.milliseconds);
+        Script const byId;
+        EXPECT_TRUE(PProcess::waitFinish(child.pid, row.milliseconds));
+        EXPECT_EQ(Calls(row.sleeps, row.sleep), byId.calls());
+        Script const byObject;
+        EXPECT_TRUE(child.process.waitFinish(row.milliseconds));
+        EXPECT_EQ(Calls(row.sleeps, row.sleep), byObject.calls());
+    }
+}
+
+TEST(ScriptedPauses, ASignalIsFollowedByASecond) {
+    Child child;
+    std::string const kill = "kill " + std::to_string(child.pid), pause = "usleep 1000000";
+    Script const script;
+    EXPECT_CODE(PERR_OK, PProcess::killSignal(child.pid, SIGUSR1));
+    EXPECT_CODE(PERR_OK, PProcess::kill(child.pid));
+    EXPECT_CODE(PERR_OK, child.process.kill());
+    EXPECT_EQ((Calls{kill + " 10", pause, kill + " 15", pause, kill + " 9", pause}),
+              script.calls());
+}
+
+TEST(ScriptedPauses, KillTreeEndsParentsBeforeTheirChildren) {
+    Child const root(shell("sh -c 'sleep 60; :'; :"), "/bin/sh");
+    Ids tree{root.pid}, children;
+    ASSERT_TRUE(eventually([&] {
+        if (PProcess::getChildPID(tree.back(), children) == PERR_OK) tree.push_back(children[0]);
+        return tree.size() == 3;
+    }));
+    Calls expected, seen;
+    for (unsigned int const pid : tree) {
+        std::string const kill = "kill " + std::to_string(pid), pause = "usleep 1000000";
+        for (auto const& call : {kill + " 15", pause, pause, pause, kill + " 9", pause})
+            expected.push_back(call);
+    }
+    {
+        Script const script;
+        EXPECT_CODE(PERR_OK, PProcess::killTree(root.pid));
+        seen = script.calls();
+    }
+    EXPECT_EQ(expected, seen);
+    for (unsigned int const pid : tree) EXPECT_EQ(0, ::kill(static_cast<pid_t>(pid), SIGKILL));
+}
+
+TEST(ScriptedFork, LeavesAnIdThatIsNeverSignalledWhereItFails) {
+    Script const script;
+    PProcess process(L"/bin/true", L"");
+    unsigned int pid = 7;
+    EXPECT_CODE(PERR_OK, process.start());
+    EXPECT_CODE(PERR_NO_PROCESS, process.getPID(pid));
+    EXPECT_CODE(PERR_NO_PROCESS, PProcess::start(L"/bin/true", L"", pid));
+    EXPECT_EQ(7U, pid);
+    EXPECT_CODE(PERR_OK, process.kill());
+    EXPECT_EQ(Calls(), script.calls());
+}

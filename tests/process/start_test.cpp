@@ -1,0 +1,209 @@
+#include <clocale>
+#include <memory>
+#include <optional>
+
+#include <portinglayer/portinglayer.h>
+#include <process/children.h>
+
+namespace {
+
+/// What a shell script reports about how it was started.
+struct Report {
+    explicit Report(std::string const& script)
+        : program(scratch.write("report", "exec >$0.out; " + script)) {}
+
+    PString arguments(std::string const& own = "") const { return owned(program + " " + own); }
+    std::string text() const { return scratch.read("report.out"); }
+
+    Scratch scratch;
+    std::string const program;
+};
+
+}  // namespace
+
+TEST(ProcessStart, SplitsArgumentsAtSingleSpaces) {
+    Report const report("for a; do echo \"<$a>\"; done");
+    struct {
+        char const *what, *given, *seen;
+    } const rows[] = {
+        {"none", "", ""},
+        {"several", "a b", "<a>\n<b>\n"},
+        {"an empty one ends the list", "a  b c", "<a>\n"},
+        {"quotes mean nothing", "\"a b\"", "<\"a>\n<b\">\n"},
+        {"tabs and line ends go at both ends only", "a\t \nb\tc\r", "<a>\n<b\tc>\n"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(0, runToEnd({L"/bin/sh", report.arguments(row.given)}));
+        EXPECT_EQ(row.seen, report.text());
+    }
+}
+
+TEST(ProcessStart, PassesTextWithZerosBehindItWhole) {
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    Report const report("echo \"<$1>\"");
+    PString arguments = report.arguments();
+    ASSERT_CODE(PERR_OK, arguments.cat("\xC3\xA9", 2));
+    EXPECT_EQ(0, runToEnd({L"/bin/sh", arguments}));
+    EXPECT_EQ("<\xC3\xA9>\n", report.text());
+}
+
+TEST(ProcessStart, TrimsProgramAndFolderAndTakesBackslashesForSlashes) {
+    Report const report("pwd");
+    EXPECT_EQ(0, runToEnd({L"  \\bin\\sh\t", report.arguments(), L"\\usr\\lib\n"}));
+    EXPECT_EQ("/usr/lib\n", report.text());
+}
+
+TEST(ProcessStart, AddsItsEntriesToTheInheritedEnvironment) {
+    Report const report("echo $PLT_A $PLT_B $PLT_C $PLT_INHERITED");
+    (void)setenv("PLT_B", "old", 1);
+    (void)setenv("PLT_C", "old", 1);
+    (void)setenv("PLT_INHERITED", "kept", 1);
+    Texts const entries{owned("PLT_A=x=y"), owned("PLT_B=new"), owned("PLT_C")};
+    EXPECT_EQ(0, runToEnd({L"/bin/sh", report.arguments(), entries}));
+    EXPECT_EQ("x=y new old kept\n", report.text());
+}
+
+TEST(ProcessStart, ExitCodeTellsWhyAProgramCouldNotBeRun) {
+    struct {
+        char const* what;
+        PLiteral program, folder;
+        int exitCode;
+    } const rows[] = {
+        {"found along PATH", L"true", L"/", 0},
+        {"missing", L"/nowhere/program", L"", ENOENT},
+        {"no program", L"/etc/passwd", L"", EACCES},
+        {"a name that the locale cannot express", L"/\x263A", L"", EFAULT},
+        {"a missing folder", L"/bin/true", L"/nowhere", 139},
+        {"a folder that the locale cannot express", L"/bin/true", L"/\x263A", 139},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(row.exitCode, runToEnd({row.program, L"", row.folder}));
+    }
+}
+
+TEST(ProcessStart, NothingIsStartedWithoutAProgram) {
+    PProcess process(L" \t", L"x");
+    unsigned int pid = 7;
+    EXPECT_CODE(PERR_NOT_FOUND, process.start());
+    EXPECT_CODE(PERR_NO_PROCESS, process.getPID(pid));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::start(L"", L"x", pid));
+    EXPECT_EQ(7U, pid);
+}
+
+TEST(ProcessStart, IsRefusedWhileTheChildRuns) {
+    Child child;
+    unsigned int pid = 0;
+    EXPECT_CODE(PERR_PROCESS_RUNNING, child.process.start());
+    EXPECT_CODE(PERR_PROCESS_RUNNING, child.process.startProcAsDifferentUser(PString(), PString()));
+    EXPECT_CODE(PERR_OK, child.process.getPID(pid));
+    EXPECT_EQ(child.pid, pid);
+}
+
+TEST(ProcessStart, AsAnotherUserIsNotSupportedAndForgetsAnEndedChild) {
+    Child child;
+    int exitCode = 0;
+    child.end();
+    EXPECT_CODE(PERR_NOT_SUPPORTED,
+                child.process.startProcAsDifferentUser(owned("root"), owned("x")));
+    EXPECT_CODE(PERR_NO_PROCESS, child.process.waitExitCode(exitCode));
+}
+
+TEST(ProcessStart, ObjectsRunOneChildAfterTheOther) {
+    PProcess process(L"/bin/sh", shell("exit 3"));
+    for (int run = 0; run < 2; ++run) {
+        int exitCode = -1;
+        EXPECT_CODE(PERR_OK, process.start());
+        EXPECT_CODE(PERR_OK, process.waitExitCode(exitCode));
+        EXPECT_EQ(3, exitCode);
+    }
+}
+
+TEST(ProcessStart, ShortcutsGiveTheIdOfAChildThatOutlivesTheirObject) {
+    PLiteral const sleep(L"/bin/sleep"), line(L"60"), folder(L"/");
+    Texts const added{owned("PLT_SHORTCUT=1")};
+    unsigned int pids[4] = {};
+    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, pids[0]));
+    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, folder, pids[1]));
+    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, added, pids[2]));
+    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, folder, added, pids[3]));
+    for (int way = 0; way < 4; ++way) {
+        SCOPED_TRACE(way);
+        PString name, found;
+        Texts environment;
+        ASSERT_GT(static_cast<int>(pids[way]), 0);
+        EXPECT_TRUE(eventually(
+            [&] { return PProcess::getName(pids[way], name) == PERR_OK && name == L"sleep"; }));
+        EXPECT_CODE(PERR_OK, PProcess::getWorkingDir(pids[way], found));
+        EXPECT_EQ(way == 1 || way == 3, found == L"/");
+        EXPECT_CODE(PERR_OK, PProcess::getEnvironment(pids[way], environment));
+        EXPECT_EQ(way >= 2, environment.back() == L"PLT_SHORTCUT=1");
+        EXPECT_EQ(0, ::kill(static_cast<pid_t>(pids[way]), SIGKILL));
+        EXPECT_EQ(pids[way], waitpid(static_cast<pid_t>(pids[way]), nullptr, 0));
+    }
+}
+
+TEST(ProcessStart, DestroyingTheObjectCollectsAChildThatHasEnded) {
+    std::optional<Child> const child(std::in_place);
+    auto process = std::make_unique<PProcess>(L"/bin/true", L"");
+    siginfo_t ended{};
+    ASSERT_CODE(PERR_OK, process->start());
+    ASSERT_EQ(0, waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT));
+    process.reset();
+    EXPECT_EQ(-1, waitpid(ended.si_pid, nullptr, WNOHANG));
+}
+
+TEST(ProcessStart, TheIdIsForgottenWithOrWithoutCollectingTheChild) {
+    Child child, other;
+    bool running = true;
+    child.end();
+    other.end();
+    EXPECT_CODE(PERR_OK, child.process.initProcessInfo());
+    EXPECT_CODE(PERR_OK, child.process.clearProcessInfo());  // there is none any more
+    EXPECT_CODE(PERR_OK, other.process.clearProcessInfo());
+    EXPECT_EQ(child.pid, waitpid(static_cast<pid_t>(child.pid), nullptr, WNOHANG));
+    EXPECT_EQ(-1, waitpid(static_cast<pid_t>(other.pid), nullptr, WNOHANG));
+    EXPECT_CODE(PERR_OK, PProcess(L"/bin/true", L"").clearProcessInfo());  // nor was there
+    EXPECT_CODE(PERR_OK, other.process.isRunning(running));
+    EXPECT_FALSE(running);
+}
+
+TEST(ProcessStart, ClearingTheIdLeavesARunningChildAlone) {
+    Child child;
+    EXPECT_CODE(PERR_OK, child.process.clearProcessInfo());
+    EXPECT_TRUE(child.runs());
+}
+
+TEST(ProcessStart, DestroyingTheObjectIsNoCancellationPoint) {
+    auto process = std::make_unique<PProcess>(L"/bin/true", L"");
+    ASSERT_CODE(PERR_OK, process->start());
+    EXPECT_FALSE(endsACancelledThread([&] { process.reset(); }));
+    (void)waitpid(-1, nullptr, 0);  // it may still have run
+}
+
+TEST(ProcessStart, AProgramGetsNoDescriptorOfTheLibrary) {
+    Scratch const scratch;
+    std::wstring const a = scratch.wpath("a"), b = scratch.wpath("b");
+    PFile file, safe;
+    PTempFile temporary;
+    EXPECT_CODE(PERR_OK, file.popen(a.c_str(), PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0));
+    EXPECT_CODE(PERR_OK, safe.popen(b.c_str(), PFile::OPEN_SAFE_WRITE, 0));
+    EXPECT_CODE(PERR_OK, temporary.popen(a.c_str(), PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0));
+    PDir const folder(wide(scratch.dir()).c_str(), L"");
+    EXPECT_CODE(PERR_OK, folder.getResult());
+    std::string const count = "exit $(ls -l /proc/self/fd | grep -c " + scratch.dir() + ")";
+    EXPECT_EQ(0, runToEnd({L"/bin/sh", shell(count)}));
+}
+
+TEST(ProcessStart, AFailedStartRunsTheExitHandlersOfTheCaller) {
+    static std::string witness;
+    Scratch const scratch;
+    witness = scratch.path("witness");
+    ChildRun caller([]() -> int {
+        (void)std::atexit([] { std::ofstream(witness, std::ios::app) << "x"; });
+        std::exit(runToEnd({L"/nowhere/program", L""}));
+    });
+    EXPECT_EQ(ENOENT, caller.wait());
+    EXPECT_EQ("xx", scratch.read("witness"));  // once in the child, once in the caller
+}
