@@ -34,7 +34,7 @@ int PDir::popen(PLiteral const& dir, PLiteral const& newPattern) {
     // After a failure the first pattern stays, and the new directory is tried with it.
     if (pattern.len() == 0 && setUp(dir, newPattern) != PERR_OK) return result;
     NarrowText const name(dir);
-    if (_isName(name.get())) stream = opendir(name.get());
+    if (_isName(name)) stream = opendir(name.get());
     return result = stream != nullptr ? PERR_OK : PERR_DIR_NOT_OPEN;
 }
 
@@ -101,7 +101,7 @@ void PDir::clear() {
 
 int PDir::pcreate(PLiteral const& dir) {
     NarrowText const name(dir);
-    bool const made = _isName(name.get()) && mkdir(name.get(), NEW_DIRECTORY_MODE) == 0;
+    bool const made = _isName(name) && mkdir(name.get(), NEW_DIRECTORY_MODE) == 0;
     if (errno == EEXIST) return PERR_DIR_EXISTS;  // also when it stems from an earlier call
     return made ? PERR_OK : PERR_DIR_CREATE;
 }
@@ -109,6 +109,6 @@ int PDir::pcreate(PLiteral const& dir) {
 int PDir::pdelete(PLiteral const& dir) {
     if (dir.len() == 0) return PERR_INVALID_ARGUMENT;
     NarrowText const name(dir);
-    if (_isName(name.get()) && rmdir(name.get()) == 0) return PERR_OK;
+    if (_isName(name) && rmdir(name.get()) == 0) return PERR_OK;
     return errno == ENOENT ? PERR_DIR_NOT_FOUND : PERR_DIR_DELETE;
 }

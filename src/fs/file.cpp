@@ -60,7 +60,7 @@ int PFile::popen(PLiteral const& newName, unsigned int newFlags, unsigned int sh
     if (!_systemFlags(newFlags, system)) return PERR_INVALID_ARGUMENT;
 
     NarrowText const narrow(path);
-    if (_isName(narrow.get())) fd = ::open(narrow.get(), system, NEW_FILE_MODE);
+    if (_isName(narrow)) fd = ::open(narrow.get(), system, NEW_FILE_MODE);
     if (!isOpen()) return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_OPEN;
 
     // Refused the lock, the handle stays half open: callers close it themselves.

@@ -1,17 +1,19 @@
+#include <algorithm>
 #include <cstring>
-#include <cwchar>
 #include <memory>
 #include <new>
 #include <utility>
 
 #include <portinglayer/files.h>
 
+#include "text/adopted_text.h"
+#include "text/allocation.h"
 #include "text/narrow_text.h"
 
 namespace {
 
 constexpr unsigned long CHUNK_BYTES = 128;
-constexpr unsigned long FIRST_CAPACITY = 2 * CHUNK_BYTES;
+constexpr unsigned long FIRST_CAPACITY = 4 * CHUNK_BYTES;
 constexpr int FROM_CURRENT = 1;
 
 /// What one read gives of a line. A failed one gives nothing and ends the line.
@@ -38,44 +40,54 @@ int _readPiece(PFile& file, Piece& piece) {
     return PERR_OK;
 }
 
-/// The characters of a line as they are collected: on the stack until they are too many for it.
+/// The bytes of a line as they are collected: on the stack until they are too many for it.
 class CollectedLine {
 public:
     bool empty() const { return count == 0; }
 
-    /// Adds bytes by sign extension, without carriage returns. False when no memory is left.
+    /// Adds a piece without carriage returns, and a terminator. False when no memory is left.
     bool append(Piece const& piece);
 
-    /// The terminated text.
-    wchar_t const* text() const { return chars; }
+    /// Makes `line` of the bytes by sign extension. A zero byte cuts it.
+    int giveTo(PString& line) const;
 
 private:
     bool grow();
 
-    wchar_t onStack[FIRST_CAPACITY];
-    std::unique_ptr<wchar_t[]> grown;
-    wchar_t* chars = onStack;
+    char onStack[FIRST_CAPACITY];
+    std::unique_ptr<char[]> grown;
+    char* bytes = onStack;
     unsigned long count = 0;
     unsigned long capacity = FIRST_CAPACITY;
 };
 
 bool CollectedLine::append(Piece const& piece) {
     if (capacity - count <= piece.length && !grow()) return false;
-    for (char const* byte = piece.bytes; byte != piece.bytes + piece.length; ++byte)
-        if (*byte != '\r') chars[count++] = static_cast<signed char>(*byte);
-    chars[count] = L'\0';
+    char const* const end = piece.bytes + piece.length;
+    char* const added = std::remove_copy(piece.bytes, end, bytes + count, '\r');
+    *added = '\0';
+    count = static_cast<unsigned long>(added - bytes);
     return true;
 }
 
-/// Doubles the capacity, by a chunk and a terminator at least: a line is copied about once in all.
+/// Doubles the capacity, which adds more than a piece and copies each byte about once in all.
 bool CollectedLine::grow() {
-    std::unique_ptr<wchar_t[]> wider(new (std::nothrow) wchar_t[2 * capacity]);
+    std::unique_ptr<char[]> wider(new (std::nothrow) char[2 * capacity]);
     if (!wider) return false;
-    wmemcpy(wider.get(), chars, count);
+    memcpy(wider.get(), bytes, count);
     grown = std::move(wider);
-    chars = grown.get();
+    bytes = grown.get();
     capacity *= 2;
     return true;
+}
+
+int CollectedLine::giveTo(PString& line) const {
+    unsigned long const length = strlen(bytes);
+    std::unique_ptr<wchar_t[]> text(_newText<wchar_t>(length, 0, 1));
+    if (!text) return PERR_NO_MEMORY;
+    std::copy_n(reinterpret_cast<signed char const*>(bytes), length + 1, text.get());
+    AdoptedText::give(line, std::move(text), length);
+    return PERR_OK;
 }
 
 }  // namespace
@@ -88,12 +100,7 @@ int PFile::preadLine(PString& line) {
         if (result != PERR_OK && collected.empty()) return result;
         if (!collected.append(piece)) return PERR_NO_MEMORY;
     } while (!piece.endsLine);
-
-    // Handed over as terminated text: a zero byte in the line cuts it.
-    PString text(collected.text(), P_WHOLE_STRING);
-    if (text.ptr() == nullptr) return PERR_NO_MEMORY;
-    line = std::move(text);
-    return PERR_OK;
+    return collected.giveTo(line);
 }
 
 int PFile::pwriteLine(PLiteral const& line) {

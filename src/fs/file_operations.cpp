@@ -81,31 +81,31 @@ int _empty(PString const& path) {
 
 bool PFile::exists(PLiteral const& name) {
     if (name.len() == 0) return false;
-    NarrowPath const path(name);
-    return _isName(path.get()) && access(path.get(), F_OK) == 0;
+    NarrowText const path = _narrowPath(name);
+    return _isName(path) && access(path.get(), F_OK) == 0;
 }
 
 bool PFile::check(PLiteral const& name, int kind) {
     if (kind < KIND_FILE || kind > KIND_SPECIAL || name.len() == 0) return false;
-    NarrowPath const path(name);
+    NarrowText const path = _narrowPath(name);
     struct stat facts;
-    if (!_isName(path.get()) || stat(path.get(), &facts) != 0)
+    if (!_isName(path) || stat(path.get(), &facts) != 0)
         return true;  // what cannot be examined passes every test; callers ask for existence first
     return _kindOf(facts.st_mode) == kind;
 }
 
 int PFile::pdelete(PLiteral const& name) {
     if (name.len() == 0) return PERR_INVALID_ARGUMENT;
-    NarrowPath const path(name);
-    if (_isName(path.get()) && unlink(path.get()) == 0) return PERR_OK;
+    NarrowText const path = _narrowPath(name);
+    if (_isName(path) && unlink(path.get()) == 0) return PERR_OK;
     return errno == ENOENT ? PERR_NO_SUCH_FILE : PERR_DELETE;
 }
 
 int PFile::rename(PLiteral const& from, PLiteral const& to) {
     if (from.len() == 0 || to.len() == 0) return PERR_INVALID_ARGUMENT;
-    NarrowPath const source(from);
-    NarrowPath const target(to);
-    if (!_isName(source.get()) || !_isName(target.get())) return _renameFailure(errno);
+    NarrowText const source = _narrowPath(from);
+    NarrowText const target = _narrowPath(to);
+    if (!_isName(source) || !_isName(target)) return _renameFailure(errno);
     return ::rename(source.get(), target.get()) == 0 ? PERR_OK : _renameFailure(errno);
 }
 

@@ -8,26 +8,15 @@
 
 #include "text/narrow_text.h"
 
-/// The multibyte form of a name after its backslashes were turned into slashes. Only a name that
-/// holds a backslash is copied for that.
-class NarrowPath {
-public:
-    explicit NarrowPath(PLiteral const& name);
-
-    /// The terminated name; null when it is empty or cannot be converted.
-    char const* get() const { return text.get(); }
-
-private:
-    bool holdsBackslash;
-    PString fixed;  ///< with slashes instead; empty where there is nothing to replace
-    NarrowText text;
-};
+/// The multibyte form of a name after its backslashes were turned into slashes: none when it is
+/// empty, cannot be converted, or no memory is left.
+NarrowText _narrowPath(PLiteral const& name);
 
 /// Whether there is a name to make a system call with. Where there is none, `errno` says what the
 /// kernel says of a null name, which the C library may not be handed.
-inline bool _isName(char const* path) {
-    if (path == nullptr) errno = EFAULT;
-    return path != nullptr;
+inline bool _isName(NarrowText const& name) {
+    if (name.get() == nullptr) errno = EFAULT;
+    return name.get() != nullptr;
 }
 
 #endif
