@@ -133,6 +133,7 @@ TEST_F(StringList, IsReadBehindWhatTheListHoldsAndTriesEveryElement) {
          PERR_OK,
          {L"b"},
          16},
+        {"the last cut", "89 00 00 00 01 85 00 00 00 02 61", PERR_DATA_SHORT, {}, 10},
         {"the first unreadable",
          "89 00 00 00 02 85 00 00 00 01 FF 85 00 00 00 00",
          PERR_DATA_DECODE,
@@ -163,6 +164,8 @@ TEST_F(Conversion, UsesNothingOfItsObjectAndRefusesWhatIsEmpty) {
     EXPECT_CODE(PERR_OK, reader.encodeUtf8(bytes("C3 A9"), read));
     EXPECT_CODE(PERR_DATA_DECODE, reader.encodeUtf8({}, read));
     EXPECT_TEXT(L"\u00e9", read);
+    EXPECT_CODE(PERR_OK, reader.encodeUtf8(bytes("61 62"), read));
+    EXPECT_STREQ(L"ab", read.ptr()) << "it is terminated";
     EXPECT_EQ("01", hex(own));
     EXPECT_EQ(0U, reader.getOffset());
 }
