@@ -1,0 +1,182 @@
+#include <climits>
+#include <cstring>
+#include <new>
+#include <string>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+#include <portinglayer/counters.h>
+#include <portinglayer/processes.h>
+
+static_assert(sizeof(PCounter) == 16 && alignof(PCounter) == 8, "table, value");
+static_assert(sizeof(PCounterSync) == 16 + sizeof(PMutex) &&
+              std::is_base_of_v<PCounter, PCounterSync>);
+static_assert(sizeof(PPtr<PProcess>) == 32 && alignof(PPtr<char>) == 8,
+              "table, pointee, counter, mode");
+
+namespace {
+
+/// Writes down how it is changed.
+struct Watched : PCounter {
+    using PCounter::PCounter;
+    using PCounter::operator=;
+    int change(int d) override {
+        calls += "change " + std::to_string(d) + ";";
+        return PCounter::change(d);
+    }
+    void set(int v) override {
+        calls += "set " + std::to_string(v) + ";";
+        PCounter::set(v);
+    }
+    std::string calls;
+};
+
+/// Writes its name down when it is destroyed.
+struct Noted {
+    ~Noted() { gone += name; }
+    char name = '?';
+    PPtr<Noted> next = nullptr;
+    static inline std::string gone;
+};
+
+class SharedPointer : public testing::Test {
+protected:
+    void SetUp() override { Noted::gone.clear(); }
+};
+
+}  // namespace
+
+template <typename Counter>
+class AnyCounter : public testing::Test {};
+using CounterTypes = testing::Types<PCounter, PCounterSync>;
+TYPED_TEST_SUITE(AnyCounter, CounterTypes);
+
+TYPED_TEST(AnyCounter, CountsAndWrapsAround) {
+    TypeParam counter(5);
+    EXPECT_EQ(7, counter.change(2));
+    EXPECT_EQ(7, int(counter += 0));
+    EXPECT_EQ(4, int(counter -= 3));
+    EXPECT_EQ(5, int(++counter));
+    EXPECT_EQ(4, int(--counter));
+    EXPECT_EQ(6, int(counter += TypeParam(2)));
+    EXPECT_EQ(1, int(counter -= TypeParam(5)));
+    EXPECT_EQ(INT_MIN + 1, int(counter -= INT_MIN));
+    EXPECT_EQ(INT_MAX, int(counter -= 2));
+    EXPECT_EQ(9, int(counter = 9));
+    EXPECT_EQ(3, int(counter = TypeParam(3)));
+    counter.set(8);
+    EXPECT_EQ(8, int(TypeParam(counter)));
+}
+
+TYPED_TEST(AnyCounter, IsComparedByItsValue) {
+    for (int a : {-1, 0, 1}) {
+        SCOPED_TRACE(testing::Message() << a << " with 0");
+        TypeParam const counter(a), zero(0);
+        EXPECT_EQ(a == 0, counter == zero);
+        EXPECT_EQ(a == 0, counter == 0);
+        EXPECT_EQ(a != 0, counter != zero);
+        EXPECT_EQ(a != 0, counter != 0);
+        EXPECT_EQ(a < 0, counter < zero);
+        EXPECT_EQ(a < 0, counter < 0);
+        EXPECT_EQ(a <= 0, counter <= zero);
+        EXPECT_EQ(a <= 0, counter <= 0);
+        EXPECT_EQ(a > 0, counter > zero);
+        EXPECT_EQ(a > 0, counter > 0);
+        EXPECT_EQ(a >= 0, counter >= zero);
+        EXPECT_EQ(a >= 0, counter >= 0);
+    }
+}
+
+TYPED_TEST(AnyCounter, LeavesZeroBehind) {
+    alignas(TypeParam) unsigned char place[sizeof(TypeParam)];
+    auto* const counter = new (place) TypeParam(5);
+    counter->~TypeParam();
+    int left = 77;
+    std::memcpy(&left, place + sizeof(void*), sizeof left);
+    EXPECT_EQ(0, left);
+}
+
+TEST(Counter, ChangesThroughItsVirtualOperations) {
+    Watched counter(5);
+    PCounter const three(3);
+    counter += 2;
+    counter += three;
+    counter -= 4;
+    counter -= three;
+    ++counter;
+    --counter;
+    EXPECT_EQ("change 2;change 3;change -4;change -3;change 1;change -1;", counter.calls);
+    counter.calls.clear();
+    counter = 9;
+    static_cast<PCounter&>(counter) = three;
+    EXPECT_EQ("set 9;set 3;", counter.calls);
+}
+
+TEST_F(SharedPointer, DeletesWithTheLastShare) {
+    {
+        PPtr<Noted> first(new Noted{'a'}, PPtr<Noted>::SINGLE);
+        PPtr<Noted> second(first), third;
+        third = second;
+        EXPECT_EQ(first.get(), third.get());
+        second = nullptr;
+        first = third;
+        EXPECT_EQ("", Noted::gone);
+    }
+    EXPECT_EQ("a", Noted::gone);
+}
+
+TEST_F(SharedPointer, DestroysAnArrayFromItsEnd) {
+    PPtr<Noted> array(new Noted[3]{{'a'}, {'b'}, {'c'}});
+    array = nullptr;
+    EXPECT_EQ("cba", Noted::gone);
+    EXPECT_EQ(nullptr, array.get());
+}
+
+TEST_F(SharedPointer, LeavesThePointeeAloneInAnyOtherMode) {
+    Noted kept{'k'};
+    PPtr<Noted>(&kept, 2) = nullptr;
+    EXPECT_EQ("", Noted::gone);
+}
+
+TEST_F(SharedPointer, KeepsItsShareWhenAssignedThePointerThatItHolds) {
+    PPtr<Noted> pointer(new Noted{'a'}, PPtr<Noted>::SINGLE);
+    pointer = pointer.get();
+    EXPECT_EQ("", Noted::gone);
+    EXPECT_EQ('a', pointer->name);
+    EXPECT_EQ('a', (*pointer).name);
+}
+
+TEST_F(SharedPointer, KeepsItsModeForThePointerThatItIsAssigned) {
+    PPtr<Noted> pointer(new Noted{'a'}, PPtr<Noted>::SINGLE);
+    pointer = new Noted{'b'};  // a sanitizer sees the wrong kind of delete
+    EXPECT_EQ("a", Noted::gone);
+    PPtr<Noted> other(new Noted[1]{{'c'}});
+    pointer = other;
+    EXPECT_EQ("ab", Noted::gone);
+    other = nullptr;
+    pointer = new Noted[2]{{'d'}, {'e'}};
+    pointer = nullptr;
+    EXPECT_EQ("abced", Noted::gone);
+}
+
+TEST_F(SharedPointer, MayBeAssignedFromInsideAndToInsideWhatGoes) {
+    PPtr<Noted> head(new Noted{'a', {new Noted{'b'}, PPtr<Noted>::SINGLE}}, PPtr<Noted>::SINGLE);
+    head = head->next;
+    EXPECT_EQ("a", Noted::gone);
+    EXPECT_EQ('b', head->name);
+
+    auto* const own = new Noted{'o', {nullptr, PPtr<Noted>::SINGLE}};
+    own->next = own;
+    own->next = nullptr;
+    EXPECT_EQ("ao", Noted::gone);
+}
+
+TEST_F(SharedPointer, ReleasesByHandWithoutALookAtItsShares) {
+    PPtr<Noted> pointer(new Noted{'a'}, PPtr<Noted>::SINGLE);
+    PPtr<Noted> array(new Noted[1]{{'b'}}, 2);
+    Noted* const held = array.get();
+    pointer.newCounter();
+    array.freePtr();
+    EXPECT_EQ("", Noted::gone);
+    delete[] held;
+}

@@ -1,0 +1,159 @@
+#include <clocale>
+#include <utility>
+
+#include <malloc.h>
+#include <support/expect.h>
+
+using namespace std::string_view_literals;
+
+static_assert(sizeof(PLiteral) == 24 && alignof(PLiteral) == 8, "table, pointer, length");
+
+TEST(Literal, RefersToTheTextItIsGivenUpToItsTerminator) {
+    wchar_t const text[] = L"abc\0d";
+    PLiteral const view(text);
+    EXPECT_EQ(text, view.ptr());
+    EXPECT_EQ(text, static_cast<wchar_t const*>(view));
+    EXPECT_EQ(3U, view.len());
+}
+
+TEST(Literal, OfNothingIsANullPointerWithoutLength) {
+    wchar_t const* const nothing = nullptr;
+    for (PLiteral const& view : {PLiteral(), PLiteral(nothing)}) {
+        EXPECT_EQ(nullptr, view.ptr());
+        EXPECT_EQ(0U, view.len());
+    }
+}
+
+TEST(Literal, SharesTheCharactersOfTheOneThatItCopies) {
+    PLiteral const original(L"abc");
+    PLiteral const copy(original);
+    EXPECT_EQ(original.ptr(), copy.ptr());
+    EXPECT_EQ(3U, copy.len());
+
+    PLiteral assigned(L"x");
+    assigned = original;
+    EXPECT_EQ(original.ptr(), assigned.ptr());
+    EXPECT_EQ(3U, assigned.len());
+}
+
+TEST(Literal, StaysAsItIsWhenAssignedToItself) {
+    PLiteral view(L"abc");
+    view = std::as_const(view);
+    EXPECT_TEXT(L"abc", view);
+}
+
+TEST(Literal, IsNotMeasuredAgainWhenGivenThePointerThatItHolds) {
+    wchar_t room[] = {L'a', L'b', 0, L'd', 0};
+    PLiteral view(room);
+    room[2] = L'c';
+    view = room;
+    EXPECT_EQ(2U, view.len());
+
+    view = L"x";
+    EXPECT_TEXT(L"x", view);
+    view = room;
+    EXPECT_TEXT(L"abcd", view);
+}
+
+TEST(Comparison, OrdersByLengthBeforeCharacters) {
+    wchar_t const* const ascending[] = {nullptr, L"b", L"aa", L"abc", L"abd", L"abcd"};
+    for (int i = 0; i < 6; ++i)
+        for (int j = 0; j < 6; ++j) {
+            SCOPED_TRACE(testing::Message() << "number " << i << " with number " << j);
+            PLiteral const a(ascending[i]), b(ascending[j]);
+            EXPECT_EQ(i == j, a == b);
+            EXPECT_EQ(i != j, a != b);
+            EXPECT_EQ(i < j, a < b);
+            EXPECT_EQ(i <= j, a <= b);
+            EXPECT_EQ(i > j, a > b);
+            EXPECT_EQ(i >= j, a >= b);
+            EXPECT_EQ(i == j, a == ascending[j]);
+            EXPECT_EQ(i != j, a != ascending[j]);
+            EXPECT_EQ(i < j, a < ascending[j]);
+            EXPECT_EQ(i <= j, a <= ascending[j]);
+            EXPECT_EQ(i > j, a > ascending[j]);
+            EXPECT_EQ(i >= j, a >= ascending[j]);
+        }
+}
+
+TEST(Comparison, TakesSoManyCharactersOfTheOther) {
+    struct {
+        char const* what;
+        wchar_t const *text, *other;
+        unsigned long n;
+        int sign;
+    } const rows[] = {
+        {"the first two", L"ab", L"abx", 2, 0},
+        {"fewer than there are", L"abx", L"ab", 1, 1},
+        {"more than there are", L"ab", L"abx", 3, -1},
+        {"all of them", L"ab", L"ab", P_WHOLE_STRING, 0},
+        {"nothing of nothing", nullptr, nullptr, 0, 0},
+        {"nothing of a text", nullptr, L"ab", 0, 0},
+        {"a part of nothing", L"ab", nullptr, 2, 1},
+        {"too much of nothing", L"ab", nullptr, P_WHOLE_STRING, -1},
+        {"a lesser character", L"ab", L"ac", 2, -1},
+        {"a greater character", L"ab", L"aa", 2, 1},
+    };
+    for (auto const& row : rows) {
+        int const result = PLiteral(row.text).cmp(row.other, row.n);
+        EXPECT_EQ(row.sign, (result > 0) - (result < 0)) << row.what;
+    }
+}
+
+TEST(Case, IsThatOfTheLocale) {
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    EXPECT_EQ(L'\u00c9', PLiteral::toupper(L'\u00e9'));
+    EXPECT_EQ(L'\u00e9', PLiteral::tolower(L'\u00c9'));
+    setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(L'\u00e9', PLiteral::toupper(L'\u00e9'));
+}
+
+TEST(Token, IsTakenOffTheFrontWithItsSeparator) {
+    struct {
+        char const* what;
+        std::wstring_view source;
+        wchar_t separator;
+        int code;
+        std::wstring_view token, rest;
+    } const rows[] = {
+        {"trimmed, and the rest not", L"\t a b \r\n, c", L',', PERR_OK, L"a b", L" c"},
+        {"without a separator", L" a b ", L',', PERR_OK, L"a b", L""},
+        {"of one character", L"a,b", L',', PERR_OK, L"a", L"b"},
+        {"before the first of two", L",,b", L',', PERR_OK, L"", L",b"},
+        {"before the last character", L"a,", L',', PERR_OK, L"a", L""},
+        {"of white space", L" \t,b", L',', PERR_OK, L"", L"b"},
+        {"of nothing", L"", L',', PERR_TOKEN, L"old", L""},
+        {"separated by white space", L"a b", L' ', PERR_OK, L"a", L"b"},
+        {"behind a zero character", L"a\0,b"sv, L',', PERR_OK, L"a\0,b"sv, L""},
+        {"separated by a zero character", L"a\0b"sv, L'\0', PERR_OK, L"a", L"b"},
+        {"up to the terminator", L"ab", L'\0', PERR_OK, L"ab", L""},
+        {"moved to the front, up to a zero", L" a\0b,c"sv, L',', PERR_OK, L"a", L""},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.what);
+        PString source(row.source.data(), row.source.size());
+        PString token(L"old", 3);
+        EXPECT_CODE(row.code, PLiteral::getNextToken(source, token, row.separator));
+        EXPECT_TEXT(row.token, token);
+        EXPECT_TEXT(row.rest, source);
+    }
+}
+
+TEST(Token, HasABufferAsTrimLeavesIt) {
+    PString source(L" ,,a", P_WHOLE_STRING), token;
+    ASSERT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
+    EXPECT_NE(nullptr, token.ptr()) << "of white space";
+    ASSERT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
+    EXPECT_EQ(nullptr, token.ptr()) << "of nothing";
+}
+
+TEST(Token, HoldsNoMoreRoomThanItsCharacters) {
+    std::wstring const line =
+        std::wstring(100'000, L' ') + L"a," + std::wstring(100'000, L' ') + L"b";
+    PString source(line.data(), line.size()), token;
+    for (wchar_t const* const expected : {L"a", L"b"}) {
+        ASSERT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
+        EXPECT_TEXT(expected, token);
+        EXPECT_LT(malloc_usable_size(const_cast<wchar_t*>(token.ptr())), 100U) << "bytes";
+    }
+}
