@@ -1,8 +1,8 @@
 /// A configuration file that two processes change at the same time, while a third one reads it.
 ///
-/// Safe writing gives the reader whole files: new content is written beside the old and moved over
-/// it in one step. It doesn't keep two writers from losing each other's change, so each holds a lock
-/// on another file while it reads, changes and replaces. usage: config_replace FOLDER
+/// A PReplacement gives the reader whole files, and keeps the old one where a change fails. It doesn't
+/// keep two writers from losing each other's change, so each holds a PFileLock, on another file, while
+/// it reads, changes and replaces. usage: config_replace FOLDER
 #include <clocale>
 #include <cstdio>
 
@@ -12,15 +12,21 @@ namespace {
 
 constexpr unsigned int ENTRIES = 100;
 constexpr unsigned int CHANGES = 25;
-constexpr long long LIMIT_MILLISECONDS = 30000;
+constexpr unsigned int LIMIT_MILLISECONDS = 30'000;
+constexpr int IS_FOLDER = 1;
+
+/// PFile cuts names beyond ASCII, so they are padded for it.
+int _open(PFile& file, PLiteral const& name) {
+    PString padded;
+    int const result = PUtf8::padded(name, padded);
+    return result == PERR_OK ? file.popen(padded, PFile::OPEN_READ, PFile::UNLOCKED) : result;
+}
 
 /// Reads the file, in which every entry carries the revision. Half a file is PERR_BAD_FORMAT.
 int _read(PLiteral const& name, unsigned int& revision) {
     PFile file;
-    int result = file.popen(name, PFile::OPEN_READ, 1);  // 1: readers need no lock
-    PString line;
-    PString key;
-    PString value;
+    PString line, key, value;
+    int result = _open(file, name);
     for (unsigned int i = 0; i < ENTRIES && result == PERR_OK; ++i) {
         unsigned int number = 0;
         if (file.preadLine(line) != PERR_OK) return PERR_BAD_FORMAT;
@@ -32,49 +38,40 @@ int _read(PLiteral const& name, unsigned int& revision) {
     return result;
 }
 
-/// Gives a replacement up: with the new file gone, closing moves nothing over the old one.
-void _abandon(PLiteral const& folder) {
-    PString pattern;
-    (void)PUtils::pformatString(pattern, L"*.talv_temp-%u-*", PProcess::getCurrentPID());
-    PDir dir(folder, pattern);
-    for ((void)dir.preaddir(); dir == PERR_OK; ++dir) {
-        (void)PFile::pdelete((PString(folder) += L"/") += dir.getEntry());
-    }
-}
-
-/// Replaces the file: others see the old content or the new, and nothing between.
-int _replace(PLiteral const& folder, PLiteral const& name, unsigned int revision) {
-    PFile file;
+/// Replaces the file: others see the old content or the new, and nothing between. What fails on the
+/// way gives the replacement up.
+int _replace(PLiteral const& name, unsigned int revision) {
+    PReplacement file;
     PString entry;
-    int result = file.popen(name, PFile::OPEN_SAFE_WRITE, 0);
+    int result = file.begin(name);
     for (unsigned int i = 0; i < ENTRIES && result == PERR_OK; ++i) {
         result = PUtils::pformatString(entry, L"entry.%u = %u", i, revision);
-        if (result == PERR_OK) result = file.pwriteLine(entry);
+        if (result == PERR_OK) result = file.writeLine(entry);
     }
-    if (result == PERR_OK) result = file.pflush();  // content on the device before it gets the name
-    if (result == PERR_OK) return file.pclose();    // moves it over the name
-    _abandon(folder);
-    return result;
+    return result == PERR_OK ? file.commit() : result;
 }
 
 /// One change: nobody else changes the file between the reading and the replacing.
-int _change(PLiteral const& folder, PLiteral const& name, PLiteral const& lockName) {
-    PFile lock;
-    int result = PERR_OK;
-    while ((result = lock.popen(lockName, PFile::OPEN_WRITE | PFile::OPEN_CREATE, 0)) ==
-           PERR_LOCKED) {
-        (void)lock.pclose();  // still open, without the lock
-        PThread::psleep(1);
-    }
+int _change(PLiteral const& name, PLiteral const& lockName) {
+    PFileLock lock;
     unsigned int revision = 0;
+    int result = lock.lock(lockName, LIMIT_MILLISECONDS);
     if (result == PERR_OK) result = _read(name, revision);
-    if (result == PERR_OK) result = _replace(folder, name, revision + 1);
-    return result;  // the lock goes with its file
+    if (result == PERR_OK) result = _replace(name, revision + 1);
+    return result;  // the lock goes with its object
+}
+
+int _write(PLiteral const& name) {
+    PString const lockName(PString(name) += L".lock");
+    int result = PERR_OK;
+    for (unsigned int i = 0; i < CHANGES && result == PERR_OK; ++i)
+        result = _change(name, lockName);
+    return result;
 }
 
 /// Reads for as long as the writers are at work; they have ended when the last change is there.
-int _watch(PLiteral const& name, unsigned int& revision) {
-    unsigned int reads = 0;
+int _watch(PLiteral const& name) {
+    unsigned int reads = 0, revision = 0;
     long long const start = PTime::getTickCount();
     while (revision < 2 * CHANGES) {
         int const result = _read(name, revision);
@@ -86,34 +83,53 @@ int _watch(PLiteral const& name, unsigned int& revision) {
     return PERR_OK;
 }
 
+/// This program once more, as a writer; whatever the folder's name holds is one argument.
+int _start(PCommand& writer, PLiteral const& folder) {
+    int result = writer.addArgument(folder);
+    if (result == PERR_OK) result = writer.addArgument(L"writer");
+    return result == PERR_OK ? writer.start() : result;
+}
+
+/// Awaits a writer, at most for a while; one that did not start has no ending.
+bool _endedWell(PCommand& writer) {
+    PEnding ending{};
+    int result = writer.wait(ending, LIMIT_MILLISECONDS);
+    if (result == PERR_PROCESS_RUNNING) result = writer.end(ending, 0);
+    return result == PERR_OK && ending.exitCode == 0;
+}
+
+bool _showChanges(PLiteral const& folder, PLiteral const& name) {
+    PString self;
+    int result = PProcess::getPath(PProcess::getCurrentPID(), self);
+    PCommand first(self), second(self);
+    if (result == PERR_OK) result = _replace(name, 0);
+    if (result == PERR_OK) result = _start(first, folder);
+    if (result == PERR_OK) result = _start(second, folder);
+    if (result == PERR_OK) result = _watch(name);
+    if (result != PERR_OK) std::fprintf(stderr, "config_replace: %s\n", perrorName(result));
+
+    bool const firstEndedWell = _endedWell(first);
+    bool const secondEndedWell = _endedWell(second);
+    return result == PERR_OK && firstEndedWell && secondEndedWell;
+}
+
+bool _isFolder(PLiteral const& folder) {
+    PString padded;
+    if (PUtf8::padded(folder, padded) != PERR_OK) return false;
+    return PFile::exists(padded) && PFile::check(padded, IS_FOLDER);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    (void)std::setlocale(LC_ALL, "");
-    if (argc < 2) return 2;
-    PString const folder(argv[1], P_WHOLE_STRING);
-    PString const name(PString(folder) += L"/settings.conf");
-    PString const lockName(PString(name) += L".lock");
-    int result = PERR_OK;
-    if (argc == 3) {  // a writer
-        for (unsigned int i = 0; i < CHANGES && result == PERR_OK; ++i)
-            result = _change(folder, name, lockName);
-        return result == PERR_OK ? 0 : 1;
+    PString folder;
+    (void)std::setlocale(LC_ALL, "C.UTF-8");  // for the names that are padded
+    if (argc < 2 || PUtf8::decode(argv[1], P_WHOLE_STRING, folder) != PERR_OK ||
+        !_isFolder(folder)) {
+        std::fputs("usage: config_replace FOLDER, which exists, its name in UTF-8\n", stderr);
+        return 2;
     }
-
-    PString self;
-    PString const arguments(PString(folder) += L" writer");
-    result = PProcess::getPath(PProcess::getCurrentPID(), self);
-    if (result == PERR_OK) result = _replace(folder, name, 0);
-    PProcess first(self, arguments);
-    PProcess second(self, arguments);
-    if (result == PERR_OK) result = first.start();
-    if (result == PERR_OK) result = second.start();
-    unsigned int revision = 0;
-    if (result == PERR_OK) result = _watch(name, revision);
-    if (result != PERR_OK) std::fprintf(stderr, "%s\n", perrorName(result));
-    int code = -1;
-    if (first.waitExitCode(code) != PERR_OK || code != 0) return 1;
-    if (second.waitExitCode(code) != PERR_OK || code != 0) return 1;
-    return revision == 2 * CHANGES ? 0 : 1;
+    PString const name(PString(folder) += L"/settings.conf");
+    bool const isGood = argc == 3 ? _write(name) == PERR_OK : _showChanges(folder, name);
+    return isGood ? 0 : 1;
 }

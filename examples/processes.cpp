@@ -1,5 +1,5 @@
 /// Prints the machine's processes as a tree, each with its id, name, memory and command line.
-/// `processes NAME` prints only those of that name, each on its own.
+/// `processes ID` prints the tree of that process, `processes NAME` those of that name, each on its own.
 #include <portinglayer/portinglayer.h>
 
 #include <clocale>
@@ -31,9 +31,9 @@ void _showTree(Children const& children, unsigned int pid, int depth) {
     for (unsigned int const child : own->second) _showTree(children, child, depth + 1);
 }
 
-/// One walk over the list gives the whole tree; asking each process for its children would read
-/// the list once for each.
-int _showAll() {
+/// The tree below a process; 0 is above all. One walk over the list gives the whole tree; asking each
+/// process for its children would read the list once for each.
+int _showBelow(unsigned int top) {
     std::vector<unsigned int> pids;
     int const result = PProcess::listPIDs(pids);
     if (result != PERR_OK) return result;
@@ -43,6 +43,7 @@ int _showAll() {
         unsigned int parent = 0;
         if (PProcess::getParentPID(pid, parent) == PERR_OK) children[parent].push_back(pid);
     }
+    if (top != 0) children[0].assign(1, top);
     for (unsigned int const root : children[0]) _showTree(children, root, 0);
     return PERR_OK;
 }
@@ -54,15 +55,23 @@ int _showNamed(PString const& name) {
     return result;
 }
 
+int _showAsked(PString const& what) {
+    unsigned int id = 0;
+    bool const isId =
+        what.len() > 0 && what.len() < 10 && PUtils::isDec(what.ptr(), what.len(), false);
+    if (isId && PUtils::strToUint32(what, id) == PERR_OK) return _showBelow(id);
+    return _showNamed(what);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     (void)std::setlocale(LC_ALL, "");  // names are in the user's character set
     if (argc > 2) {
-        std::fputs("usage: processes [NAME]\n", stderr);
+        std::fputs("usage: processes [ID | NAME]\n", stderr);
         return 2;
     }
-    int const result = argc == 2 ? _showNamed(PString(argv[1], P_WHOLE_STRING)) : _showAll();
+    int const result = argc == 2 ? _showAsked(PString(argv[1], P_WHOLE_STRING)) : _showBelow(0);
     if (result != PERR_OK) std::fprintf(stderr, "processes: %s\n", perrorName(result));
     return result == PERR_OK ? 0 : 1;
 }

@@ -27,7 +27,7 @@ public:
     PFileLock();
 
     /// Unlocks.
-    virtual ~PFileLock();
+    ~PFileLock();
 
     PFileLock(PFileLock const&) = delete;
     PFileLock& operator=(PFileLock const&) = delete;

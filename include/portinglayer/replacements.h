@@ -34,7 +34,7 @@ public:
     PReplacement();
 
     /// Abandons what was begun.
-    virtual ~PReplacement();
+    ~PReplacement();
 
     PReplacement(PReplacement const&) = delete;
     PReplacement& operator=(PReplacement const&) = delete;

@@ -83,7 +83,7 @@ PFileLock::PFileLock() : next(nullptr), fd(NONE), holder(0) {
 }
 
 PFileLock::~PFileLock() {
-    (void)PFileLock::unlock();  // nothing may be held
+    (void)unlock();  // nothing may be held
 }
 
 int PFileLock::lock(PLiteral const& name, unsigned int limit) {

@@ -58,7 +58,7 @@ PReplacement::PReplacement() : begun(nullptr) {
 }
 
 PReplacement::~PReplacement() {
-    PReplacement::abandon();
+    abandon();
 }
 
 int PReplacement::begin(PLiteral const& name) {
