@@ -45,11 +45,13 @@ public:
     ///
     /// A text that is all ASCII stays as it is. The form that streams and files are given is that of
     /// the text itself: who reads it needs no padding and sees none.
-    /// @warning Only for what is cut. In a locale that is not UTF-8, with the operations of this header
-    ///          and those of PCommand, PReplacement and PFileLock, the `x` stay. Pad one argument of a
-    ///          PProcess at a time, joined by single spaces, and no text that ends in white space where
-    ///          a class trims it (the program and the arguments of a PProcess): the padding hides the
-    ///          end from the trimming.
+    /// @warning Only for what is cut: in a locale that is not UTF-8, and with the operations of PUtf8,
+    ///          PCommand, PReplacement and PFileLock, the `x` stay. Not for the path of
+    ///          PFile::removeAll, the prefix of a PTempFile and the name of a safe write either, which
+    ///          are continued behind the padding.
+    /// @warning Pad one argument of a PProcess at a time, then join them by single spaces, and no text
+    ///          that ends in white space where a class trims it (the program, the folder and the
+    ///          arguments of a PProcess): the padding hides the end from the trimming.
     /// @param[out] fitted  may be `text` itself
     /// @return PERR_OK
     /// @return PERR_INVALID_ARGUMENT  the text holds a zero character, at which it would be cut
