@@ -173,8 +173,8 @@ int main(int argc, char** argv) {
 
     // Processes come first: a parent is as large as the groups before have made it.
     std::map<std::string, Medians> best;
-    for (auto const add :
-         {addProcesses, addProcessFacts, addText, addPointers, addStreams, addSync, addFiles}) {
+    for (auto const add : {addProcesses, addCommands, addProcessFacts, addText, addPointers,
+                           addStreams, addSync, addFiles}) {
         std::size_t const first = operations().size();
         add();
         for (int run = 0; run < runs; ++run) _run(first, std::regex(filter), best);

@@ -130,6 +130,7 @@ void addStreams();
 void addSync();
 void addFiles();
 void addProcesses();
+void addCommands();
 void addProcessFacts();
 
 #endif

@@ -139,7 +139,8 @@ std::string _searchPath() {
     if (char const* const path = std::getenv("PATH"); path != nullptr) return path;
     std::string path(confstr(_CS_PATH, nullptr, 0), '\0');
     (void)confstr(_CS_PATH, path.data(), path.size());
-    return path.c_str();  // without its terminator
+    if (!path.empty()) path.pop_back();  // its terminator
+    return path;
 }
 
 /// Looks for a program without slash. Relative folders are passed over: they hang on the current one.

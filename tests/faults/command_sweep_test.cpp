@@ -59,6 +59,19 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
     sweep({"PCommand::run", CODES, [&] { return command->runs(); }, fresh, works});
 }
 
+TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
+    int refused = 0;
+    for (int nth = 1; nth <= 40; ++nth) {
+        Swept command;
+        int const code = runFailing(nth, false, [&] { return command.start(); });
+        int const ended = command.end(command.ending, 0);
+        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_NO_PROCESS, ended) << nth;
+        refused += code == PERR_OK ? 0 : 1;
+        EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << nth;
+    }
+    EXPECT_GT(refused, 5);
+}
+
 // clang-format off
 INTERPOSE(pipe2, if (failsNow()) return -1)
 INTERPOSE(waitid, if (failsNow()) return -1)
