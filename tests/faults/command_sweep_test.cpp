@@ -61,7 +61,7 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
 
 TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
     int refused = 0;
-    for (int nth = 1; nth <= 40; ++nth) {
+    for (int nth = 1; nth <= 80; ++nth) {
         Swept command;
         int const code = runFailing(nth, false, [&] { return command.start(); });
         int const ended = command.end(command.ending, 0);

@@ -45,7 +45,7 @@ TEST(CommandWait, QueriesOfProcessesTakeAnEndingInTheForegroundOnly) {
 
 TEST(CommandSignal, GoesToTheChildAloneAndOnlyWhileThereIsOne) {
     Shell shell(L"trap 'echo child; exit' USR1;"
-                L"(trap 'echo other' USR1; echo; sleep 0.3; echo nothing) & wait");
+                L"(trap 'echo other' USR1; echo; sleep 1; echo nothing) & wait");
     EXPECT_CODE(PERR_NO_PROCESS, shell.signal(SIGUSR1));
     shell.startAndHear("\n");
     for (int const number : {0, -1, 65}) EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.signal(number));
@@ -72,8 +72,8 @@ TEST(CommandEnd, EndsAGroupOfTwentyWithinItsGraceOrKillsItAfterwards) {
             std::wstring(L"for n in $(seq 20); do ") + row.child + L"& done;";
         Shell shell(row.before + twenty + row.after + L"echo; wait");
         EXPECT_CODE(PERR_NO_PROCESS, shell.end(shell.ending, FOREVER));
-        shell.startAndHear("\n");
         auto const start = Clock::now();
+        shell.startAndHear("\n");
         EXPECT_CODE(PERR_OK, shell.end(shell.ending, row.grace));
         EXPECT_EQ("", shell.read()) << "none holds the output any more";
         EXPECT_GE(Clock::now() - start, row.least);
@@ -112,7 +112,7 @@ TEST(CommandRun, KillsTheGroupAtItsLimitAndTellsWhatCameUntilThen) {
         ASSERT_EQ(0, pipe(held));  // its end for writing is inherited
         Shell shell(std::wstring(L"echo out; echo errors >&2; sleep 60 & ") + last);
         EXPECT_CODE(PERR_PROCESS_RUNNING,
-                    shell.run("", shell.output, shell.errors, shell.ending, 300));
+                    shell.run("", shell.output, shell.errors, shell.ending, 1000));
         EXPECT_EQ("out\nerrors\n", shell.output + shell.errors);
         EXPECT_EQ(ending, shell.ending);
         (void)close(held[1]);
