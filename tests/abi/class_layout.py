@@ -21,7 +21,7 @@ def slots(path):
         elif symbol:
             code[int(symbol.group(1), 16)].add(symbol.group(4))
     for line in lines("readelf", "-rW", path):
-        moved = re.match(r"(\w{16}) +\w+ R_X86_64_RELATIVE +(\w+)", line)
+        moved = re.match(r"(\w{16}) +\w+ R_\w+_RELATIVE +(\w+)", line)
         if moved:
             targets[int(moved.group(1), 16)] = int(moved.group(2), 16)
 
