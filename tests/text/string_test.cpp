@@ -14,19 +14,36 @@ static_assert(std::is_base_of_v<PLiteral, PString> && std::has_virtual_destructo
 namespace {
 
 constexpr unsigned long TOO_MANY = ULONG_MAX;  // characters
+constexpr wchar_t const* NO_TEXT = nullptr;
+constexpr char const* NO_BYTES = nullptr;
 
-void _expectTerminated(PString const& text) {
-    if (text.ptr() == nullptr) return;
-    EXPECT_EQ(L'\0', text.ptr()[text.len()]) << "the terminator";
+using S = PString&;
+
+/// What an edit makes of a text.
+struct Edit {
+    char const* what;
+    std::wstring_view before;
+    int (*edit)(PString&);
+    int code;
+    std::wstring_view after;
+};
+
+void _expectEdits(std::initializer_list<Edit> rows) {
+    for (Edit const& row : rows) {
+        SCOPED_TRACE(row.what);
+        PString text(row.before.data(), row.before.size());
+        EXPECT_CODE(row.code, row.edit(text));
+        EXPECT_TEXT(row.after, text);
+        if (text.ptr() == nullptr) continue;
+        EXPECT_EQ(L'\0', text.ptr()[text.len()]) << "the terminator";
+    }
 }
 
-class InUtf8 : public testing::Test {
+class StringOfBytes : public testing::Test {
 protected:
     void SetUp() override { ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8")); }
     void TearDown() override { setlocale(LC_CTYPE, "C"); }
 };
-
-using StringOfBytes = InUtf8;
 
 }  // namespace
 
@@ -35,7 +52,7 @@ TEST(String, CopiesSoManyCharacters) {
     EXPECT_TEXT(L"abc", PString(L"abc", P_WHOLE_STRING));
     EXPECT_TEXT(L"a\0b"sv, PString(L"a\0b", 3));
     EXPECT_EQ(nullptr, PString(L"abc", 0).ptr());
-    EXPECT_EQ(nullptr, PString(static_cast<wchar_t const*>(nullptr), P_WHOLE_STRING).ptr());
+    EXPECT_EQ(nullptr, PString(NO_TEXT, P_WHOLE_STRING).ptr());
     EXPECT_EQ(nullptr, PString().ptr());
 }
 
@@ -43,26 +60,24 @@ TEST(String, OwnsWhatItCopies) {
     PString original(L"abc", 3);
     PString const copy(original), ofView(static_cast<PLiteral const&>(original));
     ASSERT_CODE(PERR_OK, original.fill(L'x'));
-    EXPECT_TEXT(L"abc", copy);
-    EXPECT_TEXT(L"abc", ofView);
-    _expectTerminated(copy);
+    EXPECT_STREQ(L"abc", copy.ptr());
+    EXPECT_STREQ(L"abc", ofView.ptr());
 }
 
 TEST(String, MovesItsBufferAndBecomesEmpty) {
-    PString source(L"abc", 3);
+    PString source(L"abc", 3), target(L"old", 3);
     wchar_t const* const buffer = source.ptr();
     PString made(std::move(source));
     EXPECT_EQ(buffer, made.ptr());
     EXPECT_TEXT(L"abc", made);
     EXPECT_EQ(nullptr, source.ptr());
-    EXPECT_EQ(0U, source.len());
+    EXPECT_TEXT(L"", source);
 
-    PString target(L"old", 3);
     target = std::move(made);
     EXPECT_EQ(buffer, target.ptr());
     EXPECT_TEXT(L"abc", target);
     EXPECT_EQ(nullptr, made.ptr());
-    EXPECT_EQ(0U, made.len());
+    EXPECT_TEXT(L"", made);
 
     PString& itself = target;
     target = std::move(itself);
@@ -78,8 +93,8 @@ TEST(String, CopiesTheCharactersThatAreAssigned) {
     EXPECT_TEXT(L"fgh", target = L"fgh");
     EXPECT_TEXT(L"gh", target = target.ptr() + 1) << "from its own buffer";
     EXPECT_TEXT(L"gh", target = std::as_const(target)) << "from itself";
-    EXPECT_TEXT(L"", target = static_cast<wchar_t const*>(nullptr));
-    EXPECT_EQ(nullptr, target.ptr());
+    EXPECT_EQ(nullptr, (target = NO_TEXT).ptr());
+    EXPECT_TEXT(L"", target);
     EXPECT_NE(nullptr, (target = L"").ptr()) << "an empty text has a buffer";
 }
 
@@ -94,14 +109,6 @@ TEST(String, CopiesWhatIsAssignedThroughItsBase) {
     EXPECT_NE(text, target.ptr());
 }
 
-TEST(String, AppendsByOperators) {
-    PString text(L"a", 1);
-    EXPECT_TEXT(L"abc", text += PLiteral(L"bc"));
-    EXPECT_TEXT(L"abcd", text += L"d");
-    EXPECT_TEXT(L"abcd", text += static_cast<wchar_t const*>(nullptr));
-    EXPECT_TEXT(L"abcdabcd", text += text);
-}
-
 TEST(String, IsANullPointerWithoutLengthOnceCleared) {
     PString text(L"abc", 3);
     text.clear();
@@ -110,263 +117,163 @@ TEST(String, IsANullPointerWithoutLengthOnceCleared) {
 }
 
 TEST(StringSet, TakesSoManyCharacters) {
-    wchar_t const* const null = nullptr;
-    PString text(L"old", 3);
-    EXPECT_CODE(PERR_OK, text.set(L"abc", 2));
-    EXPECT_TEXT(L"ab", text);
-    EXPECT_CODE(PERR_OK, text.set(L"abc", P_WHOLE_STRING));
-    EXPECT_TEXT(L"abc", text);
-    EXPECT_CODE(PERR_OK, text.set(text.ptr() + 1, 2));
-    EXPECT_TEXT(L"bc", text) << "from its own buffer";
-    EXPECT_CODE(PERR_OK, text.set(null, P_WHOLE_STRING));
-    EXPECT_EQ(nullptr, text.ptr());
-    EXPECT_CODE(PERR_NO_MEMORY, text.set(L"abc", TOO_MANY));
-    EXPECT_TEXT(L"", text);
+    _expectEdits({
+        {"a part", L"old", [](S s) { return s.set(L"abc", 2); }, PERR_OK, L"ab"},
+        {"all", L"old", [](S s) { return s.set(L"abc", P_WHOLE_STRING); }, PERR_OK, L"abc"},
+        {"its own", L"abc", [](S s) { return s.set(s.ptr() + 1, 2); }, PERR_OK, L"bc"},
+        {"nothing", L"old", [](S s) { return s.set(NO_TEXT, P_WHOLE_STRING); }, PERR_OK, L""},
+        {"too many", L"old", [](S s) { return s.set(L"a", TOO_MANY); }, PERR_NO_MEMORY, L""},
+    });
 }
 
 TEST(StringSet, RefusesMoreOfAViewThanItHolds) {
-    struct {
-        char const* what;
-        unsigned long n;
-        int code;
-        wchar_t const* left;
-    } const rows[] = {
-        {"a part", 2, PERR_OK, L"ab"},
-        {"just the length", 3, PERR_OK, L"abc"},
-        {"one more", 4, PERR_INVALID_ARGUMENT, L"old"},
-        {"all", P_WHOLE_STRING, PERR_OK, L"abc"},
-        {"nothing", 0, PERR_OK, L""},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(L"old", 3);
-        EXPECT_CODE(row.code, text.set(PLiteral(L"abc"), row.n));
-        EXPECT_TEXT(row.left, text);
-    }
+    static PLiteral const abc(L"abc");
+    _expectEdits({
+        {"a part", L"old", [](S s) { return s.set(abc, 2); }, PERR_OK, L"ab"},
+        {"just the length", L"old", [](S s) { return s.set(abc, 3); }, PERR_OK, L"abc"},
+        {"one more", L"old", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT, L"old"},
+        {"all", L"old", [](S s) { return s.set(abc, P_WHOLE_STRING); }, PERR_OK, L"abc"},
+        {"nothing", L"old", [](S s) { return s.set(abc, 0); }, PERR_OK, L""},
+    });
 }
 
 TEST(StringCat, AppendsSoManyCharacters) {
-    struct {
-        char const* what;
-        wchar_t const *text, *more;
-        unsigned long n;
-        int code;
-        wchar_t const* left;
-    } const rows[] = {
-        {"a part", L"ab", L"cde", 2, PERR_OK, L"abcd"},
-        {"all", L"ab", L"cde", P_WHOLE_STRING, PERR_OK, L"abcde"},
-        {"nothing of a text", L"ab", L"cde", 0, PERR_OK, L"ab"},
-        {"nothing", L"ab", nullptr, P_WHOLE_STRING, PERR_OK, L"ab"},
-        {"to nothing", nullptr, L"c", 1, PERR_OK, L"c"},
-        {"more than there can be", L"ab", L"c", ULONG_MAX - 2, PERR_NO_MEMORY, L"ab"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(row.text, P_WHOLE_STRING);
-        EXPECT_CODE(row.code, text.cat(row.more, row.n));
-        EXPECT_TEXT(row.left, text);
-        _expectTerminated(text);
-    }
+    _expectEdits({
+        {"a part", L"ab", [](S s) { return s.cat(L"cde", 2); }, PERR_OK, L"abcd"},
+        {"all", L"ab", [](S s) { return s.cat(L"cde", P_WHOLE_STRING); }, PERR_OK, L"abcde"},
+        {"a view", L"ab", [](S s) { return s.cat(PLiteral(L"cd")); }, PERR_OK, L"abcd"},
+        {"its own", L"abc", [](S s) { return s.cat(s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
+        {"none", L"ab", [](S s) { return s.cat(L"cde", 0); }, PERR_OK, L"ab"},
+        {"nothing", L"ab", [](S s) { return s.cat(NO_TEXT, P_WHOLE_STRING); }, PERR_OK, L"ab"},
+        {"to nothing", L"", [](S s) { return s.cat(L"c", 1); }, PERR_OK, L"c"},
+        {"too many", L"ab", [](S s) { return s.cat(L"c", TOO_MANY); }, PERR_NO_MEMORY, L"ab"},
+    });
 }
 
-TEST(StringCat, TakesTheWholeOfAViewAndItsOwnCharacters) {
-    PString text(L"ab", 2);
-    EXPECT_CODE(PERR_OK, text.cat(PLiteral(L"cd")));
-    EXPECT_TEXT(L"abcd", text);
-    EXPECT_CODE(PERR_OK, text.cat(text.ptr() + 1, 2));
-    EXPECT_TEXT(L"abcdbc", text);
+TEST(StringCat, IsTheOperatorThatAppends) {
+    PString text(L"a", 1);
+    EXPECT_TEXT(L"abc", text += PLiteral(L"bc"));
+    EXPECT_TEXT(L"abcd", text += L"d");
+    EXPECT_TEXT(L"abcd", text += NO_TEXT);
+    EXPECT_TEXT(L"abcdabcd", text += text);
 }
 
 TEST_F(StringOfBytes, HasTheLengthOfItsCharacters) {
     EXPECT_TEXT(L"\u00e9", PString("\u00e9", P_WHOLE_STRING));
     EXPECT_TEXT(L"ab", PString("abc", 2));
     EXPECT_TEXT(L"", PString("\xff", P_WHOLE_STRING)) << "cannot be converted";
-    EXPECT_TEXT(L"", PString(static_cast<char const*>(nullptr), 3));
+    EXPECT_TEXT(L"", PString(NO_BYTES, 3));
 }
 
 TEST_F(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSet) {
-    PString text(L"a", 1);
-    EXPECT_CODE(PERR_OK, text.cat("\u00e9", 2));
-    EXPECT_TEXT(L"a\u00e9\0"sv, text);
-    EXPECT_CODE(PERR_OK, text.set("\u00e9", P_WHOLE_STRING));
-    EXPECT_TEXT(L"\u00e9\0"sv, text);
-    EXPECT_CODE(PERR_OK, text.cat("\u00e9z", 2));
-    EXPECT_TEXT(L"\u00e9\0\u00e9z"sv, text) << "the bytes read are not limited";
-    EXPECT_CODE(PERR_OK, text.cat(static_cast<char const*>(nullptr), P_WHOLE_STRING));
-    EXPECT_CODE(PERR_OK, text.cat("x", 0));
-    EXPECT_EQ(4U, text.len());
-}
-
-TEST_F(StringOfBytes, WithoutAConversionIsNotAppendedAndSetsNothing) {
-    PString text(L"a", 1);
-    EXPECT_CODE(PERR_NO_MEMORY, text.cat("\xff", 1));
-    EXPECT_TEXT(L"a", text);
-    EXPECT_CODE(PERR_NO_MEMORY, text.set("\xff", 1));
-    EXPECT_EQ(nullptr, text.ptr());
+    _expectEdits({
+        {"cat", L"a", [](S s) { return s.cat("\u00e9", 2); }, PERR_OK, L"a\u00e9\0"sv},
+        {"cat to nothing", L"", [](S s) { return s.cat("\u00e9", 2); }, PERR_OK, L"\u00e9\0"sv},
+        {"cat of all", L"a", [](S s) { return s.cat("bc", P_WHOLE_STRING); }, PERR_OK, L"abc"},
+        {"cat that reads on", L"a", [](S s) { return s.cat("\u00e9z", 2); }, PERR_OK, L"a\u00e9z"},
+        {"cat of none", L"a", [](S s) { return s.cat("x", 0); }, PERR_OK, L"a"},
+        {"cat of nothing", L"a", [](S s) { return s.cat(NO_BYTES, 9); }, PERR_OK, L"a"},
+        {"cat, unreadable", L"a", [](S s) { return s.cat("\xff", 1); }, PERR_NO_MEMORY, L"a"},
+        {"set", L"a", [](S s) { return s.set("\u00e9", 2); }, PERR_OK, L"\u00e9\0"sv},
+        {"set, unreadable", L"a", [](S s) { return s.set("\xff", 1); }, PERR_NO_MEMORY, L""},
+    });
 }
 
 TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
-    struct {
-        char const* what;
-        wchar_t const* text;
-        unsigned long pos;
-        wchar_t const* more;
-        unsigned long n;
-        int code;
-        wchar_t const* left;
-    } const rows[] = {
-        {"at the front", L"abc", 0, L"xyz", 2, PERR_OK, L"xyabc"},
-        {"within", L"abc", 1, L"xyz", P_WHOLE_STRING, PERR_OK, L"axyzbc"},
-        {"at the end", L"abc", 3, L"x", 1, PERR_OK, L"abcx"},
-        {"behind the end", L"abc", 4, L"x", 1, PERR_INVALID_ARGUMENT, L"abc"},
-        {"nothing behind the end", L"abc", 4, nullptr, 0, PERR_INVALID_ARGUMENT, L"abc"},
-        {"nothing of a text", L"abc", 1, L"x", 0, PERR_OK, L"abc"},
-        {"nothing", L"abc", 1, nullptr, P_WHOLE_STRING, PERR_OK, L"abc"},
-        {"into nothing", nullptr, 0, L"xyz", 2, PERR_OK, L"xy"},
-        {"more than there can be", L"abc", 1, L"x", ULONG_MAX - 3, PERR_NO_MEMORY, L"abc"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(row.text, P_WHOLE_STRING);
-        EXPECT_CODE(row.code, text.insert(row.pos, row.more, row.n));
-        EXPECT_TEXT(row.left, text);
-        _expectTerminated(text);
-    }
-}
-
-TEST(StringInsert, TakesAViewOrItsOwnCharacters) {
-    PString text(L"abc", 3);
-    EXPECT_CODE(PERR_OK, text.insert(1, PLiteral(L"xyz"), 2));
-    EXPECT_TEXT(L"axybc", text);
-    EXPECT_CODE(PERR_OK, text.insert(0, PLiteral(L"z"), P_WHOLE_STRING));
-    EXPECT_TEXT(L"zaxybc", text);
-    EXPECT_CODE(PERR_OK, text.insert(1, text.ptr() + 4, 2));
-    EXPECT_TEXT(L"zbcaxybc", text);
+    static PLiteral const xyz(L"xyz");
+    _expectEdits({
+        {"at the front", L"abc", [](S s) { return s.insert(0, L"xyz", 2); }, PERR_OK, L"xyabc"},
+        {"all", L"ab", [](S s) { return s.insert(1, L"xy", P_WHOLE_STRING); }, PERR_OK, L"axyb"},
+        {"at the end", L"abc", [](S s) { return s.insert(3, L"x", 1); }, PERR_OK, L"abcx"},
+        {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},
+        {"none behind", L"a", [](S s) { return s.insert(2, L"", 0); }, PERR_INVALID_ARGUMENT, L"a"},
+        {"none", L"ab", [](S s) { return s.insert(1, L"x", 0); }, PERR_OK, L"ab"},
+        {"nothing", L"ab", [](S s) { return s.insert(1, NO_TEXT, 9); }, PERR_OK, L"ab"},
+        {"into nothing", L"", [](S s) { return s.insert(0, L"xyz", 2); }, PERR_OK, L"xy"},
+        {"its own", L"abc", [](S s) { return s.insert(1, s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
+        {"a view's part", L"ab", [](S s) { return s.insert(1, xyz, 2); }, PERR_OK, L"axyb"},
+        {"a view", L"a", [](S s) { return s.insert(0, xyz, P_WHOLE_STRING); }, PERR_OK, L"xyza"},
+        {"too many", L"a", [](S s) { return s.insert(0, L"x", TOO_MANY - 1); }, PERR_NO_MEMORY,
+         L"a"},
+    });
 }
 
 TEST(StringErase, TakesARangeOutAndRefusesOneThatEndsBehindTheText) {
-    struct {
-        char const* what;
-        unsigned long pos, count;
-        int code;
-        wchar_t const* left;
-    } const rows[] = {
-        {"from the middle", 1, 2, PERR_OK, L"ad"},
-        {"up to the end", 2, 2, PERR_OK, L"ab"},
-        {"nothing", 4, 0, PERR_OK, L"abcd"},
-        {"nothing behind the end", 5, 0, PERR_INVALID_ARGUMENT, L"abcd"},
-        {"one too many", 2, 3, PERR_INVALID_ARGUMENT, L"abcd"},
-        {"a sum that wraps", 2, ULONG_MAX, PERR_INVALID_ARGUMENT, L"abcd"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(L"abcd", P_WHOLE_STRING);
-        EXPECT_CODE(row.code, text.erase(row.pos, row.count));
-        EXPECT_TEXT(row.left, text);
-        _expectTerminated(text);
-    }
-}
-
-TEST(StringErase, OfAllReleasesTheBuffer) {
-    PString text(L"abcd", 4);
-    EXPECT_CODE(PERR_OK, text.erase(0, 4));
-    EXPECT_EQ(nullptr, text.ptr());
-    EXPECT_CODE(PERR_OK, text.erase(0, 0));
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, text.erase(0, 1));
+    _expectEdits({
+        {"in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
+        {"up to the end", L"abcd", [](S s) { return s.erase(2, 2); }, PERR_OK, L"ab"},
+        {"none", L"abcd", [](S s) { return s.erase(4, 0); }, PERR_OK, L"abcd"},
+        {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
+        {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
+        {"too many", L"a", [](S s) { return s.erase(1, TOO_MANY); }, PERR_INVALID_ARGUMENT, L"a"},
+        {"none of nothing", L"", [](S s) { return s.erase(0, 0); }, PERR_OK, L""},
+        {"one of nothing", L"", [](S s) { return s.erase(0, 1); }, PERR_INVALID_ARGUMENT, L""},
+    });
 }
 
 TEST(StringTrim, TakesWhiteSpaceOffBothEnds) {
-    struct {
-        char const* what;
-        std::wstring_view text, left;
-    } const rows[] = {
-        {"both ends", L"\t ab\r\n", L"ab"},
-        {"the front", L" ab", L"ab"},
-        {"the end", L"a b ", L"a b"},
-        {"nothing", L"ab", L"ab"},
-        {"other white space", L"\v ab\f", L"\v ab\f"},
-        {"white space alone", L"    ", L""},
-        {"a text that moves, up to its first zero", L" a\0b"sv, L"a"},
-        {"a text that stays, with its zeros", L"a\0b "sv, L"a\0b"sv},
-        {"no text", L"", L""},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(row.text.data(), row.text.size());
-        wchar_t const* const buffer = text.ptr();
-        EXPECT_CODE(PERR_OK, text.trim());
-        EXPECT_TEXT(row.left, text);
-        EXPECT_EQ(buffer, text.ptr()) << "the buffer is kept";
-        _expectTerminated(text);
-    }
+    auto const trim = [](S s) { return s.trim(); };
+    _expectEdits({
+        {"both ends", L"\t ab\r\n", trim, PERR_OK, L"ab"},
+        {"the front", L" ab", trim, PERR_OK, L"ab"},
+        {"the end", L"a b ", trim, PERR_OK, L"a b"},
+        {"other white space", L"\v ab\f", trim, PERR_OK, L"\v ab\f"},
+        {"white space alone", L"    ", trim, PERR_OK, L""},
+        {"what moves, up to its first zero", L" a\0b"sv, trim, PERR_OK, L"a"},
+        {"what stays, with its zeros", L"a\0b "sv, trim, PERR_OK, L"a\0b"sv},
+        {"no text", L"", trim, PERR_OK, L""},
+    });
+}
+
+TEST(StringTrim, KeepsTheBufferAndErasingAllReleasesIt) {
+    PString text(L"    ", 4), other(L"    ", 4);
+    wchar_t const* const buffer = text.ptr();
+    EXPECT_CODE(PERR_OK, text.trim());
+    EXPECT_EQ(buffer, text.ptr());
+    EXPECT_CODE(PERR_OK, other.erase(0, 4));
+    EXPECT_EQ(nullptr, other.ptr());
 }
 
 TEST(StringStripall, TakesOutAllWhiteSpace) {
-    PString text(L" a b\tc\r\n\vd", P_WHOLE_STRING), empty;
-    EXPECT_CODE(PERR_OK, text.stripall());
-    EXPECT_TEXT(L"abc\vd", text);
-    _expectTerminated(text);
-    EXPECT_CODE(PERR_OK, empty.stripall());
-    EXPECT_EQ(nullptr, empty.ptr());
+    auto const stripall = [](S s) { return s.stripall(); };
+    _expectEdits({
+        {"everywhere", L" a b\tc\r\n\vd", stripall, PERR_OK, L"abc\vd"},
+        {"no text", L"", stripall, PERR_OK, L""},
+    });
 }
 
-TEST(StringFill, OverwritesEveryCharacter) {
-    PString text(L"abcd", 4), empty;
-    EXPECT_CODE(PERR_OK, text.fill(L'x'));
-    EXPECT_TEXT(L"xxxx", text);
-    EXPECT_CODE(PERR_OK, empty.fill(L'x'));
-    EXPECT_EQ(nullptr, empty.ptr());
+TEST(StringFill, NeverShortensTheLength) {
+    _expectEdits({
+        {"all", L"abcd", [](S s) { return s.fill(L'x'); }, PERR_OK, L"xxxx"},
+        {"nothing", L"", [](S s) { return s.fill(L'x'); }, PERR_OK, L""},
+        {"none", L"abcd", [](S s) { return s.fill(L'x', 0); }, PERR_OK, L"abcd"},
+        {"fewer", L"abcd", [](S s) { return s.fill(L'x', 2); }, PERR_OK, L"xx\0d"sv},
+        {"as many", L"abcd", [](S s) { return s.fill(L'x', 4); }, PERR_OK, L"xxxx"},
+        {"more", L"abcd", [](S s) { return s.fill(L'x', 6); }, PERR_OK, L"xxxxxx"},
+        {"too many", L"ab", [](S s) { return s.fill(L'x', TOO_MANY); }, PERR_NO_MEMORY, L"ab"},
+    });
 }
 
-TEST(StringFill, OfANumberNeverShortensTheLength) {
-    struct {
-        char const* what;
-        unsigned long n;
-        int code;
-        std::wstring_view left;
-    } const rows[] = {
-        {"none", 0, PERR_OK, L"abcd"},
-        {"fewer", 2, PERR_OK, L"xx\0d"sv},
-        {"as many", 4, PERR_OK, L"xxxx"},
-        {"more", 6, PERR_OK, L"xxxxxx"},
-        {"more than there can be", TOO_MANY, PERR_NO_MEMORY, L"abcd"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString text(L"abcd", 4);
-        EXPECT_CODE(row.code, text.fill(L'x', row.n));
-        EXPECT_TEXT(row.left, text);
-        _expectTerminated(text);
-    }
+TEST(StringReplace, ChangesEachOfACharacterWithinTheLength) {
+    _expectEdits({
+        {"one", L"a/b//\0/"sv, [](S s) { return s.replace(L'/', L'x'); }, PERR_OK, L"axbxx\0x"sv},
+        {"zeros", L"a\0b"sv, [](S s) { return s.replace(L'\0', L'x'); }, PERR_OK, L"axb"},
+        {"in nothing", L"", [](S s) { return s.replace(L'a', L'b'); }, PERR_OK, L""},
+    });
 }
 
-TEST(StringReplace, ChangesEachOfACharacter) {
-    PString text(L"a/b//\0/", 7), empty;
-    EXPECT_CODE(PERR_OK, text.replace(L'/', L'x'));
-    EXPECT_TEXT(L"axbxx\0x"sv, text);
-    EXPECT_CODE(PERR_OK, text.replace(L'\0', L'y'));
-    EXPECT_TEXT(L"axbxxyx", text) << "not behind the length";
-    _expectTerminated(text);
-    EXPECT_CODE(PERR_OK, empty.replace(L'a', L'b'));
-}
-
-TEST(StringCopy, IsANewArrayWithItsLength) {
-    unsigned long length = 77;
-    std::unique_ptr<wchar_t[]> copy(PString::dupPtr(L"abc", 2, length));
-    EXPECT_STREQ(L"ab", copy.get());
-    EXPECT_EQ(2U, length);
-    copy.reset(PString::dupPtr(L"", P_WHOLE_STRING, length));
-    EXPECT_STREQ(L"", copy.get());
-    EXPECT_EQ(0U, length);
-}
-
-TEST(StringCopy, IsNullOfNothingAndWithoutMemory) {
+TEST(StringCopy, IsANewArrayWithItsLengthOrNull) {
     unsigned long length = 77;
     EXPECT_EQ(nullptr, PString::dupPtr(L"abc", TOO_MANY, length));
     EXPECT_EQ(77U, length) << "without memory";
+    EXPECT_EQ(nullptr, PString::dupPtr(NO_TEXT, 3, length));
+    EXPECT_EQ(0U, length);
+
+    std::unique_ptr<wchar_t[]> copy(PString::dupPtr(L"abc", 2, length));
+    EXPECT_STREQ(L"ab", copy.get());
+    EXPECT_EQ(2U, length);
     EXPECT_EQ(nullptr, PString::dupPtr(L"abc", 0, length));
     EXPECT_EQ(0U, length);
-    length = 77;
-    EXPECT_EQ(nullptr, PString::dupPtr(nullptr, 3, length));
-    EXPECT_EQ(0U, length);
+    copy.reset(PString::dupPtr(L"", P_WHOLE_STRING, length));
+    EXPECT_STREQ(L"", copy.get());
 }
