@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -10,11 +11,14 @@ static_assert(offsetof(PTime, epochMilliseconds) == 40);
 
 TEST(Time, IsThePresentMomentInTheLocalTimeZone) {
     (void)setenv("TZ", "EAST-13:30", 1);
-    PTime time{};
+    auto const since1970 = std::chrono::system_clock::now().time_since_epoch();
+    long long const before = since1970 / std::chrono::milliseconds(1);
+    PTime time{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     EXPECT_CODE(PERR_OK, PTime::getTime(time));
-    time_t const seconds = time.epochMilliseconds / 1000;
-    EXPECT_LE(std::abs(seconds - std::time(nullptr)), 3);
+    EXPECT_GE(time.epochMilliseconds, before);
+    EXPECT_LT(time.epochMilliseconds, before + 3000);
 
+    time_t const seconds = time.epochMilliseconds / 1000;
     std::tm const local = *std::localtime(&seconds);
     EXPECT_EQ(time.epochMilliseconds % 1000, time.milliseconds);
     EXPECT_EQ(local.tm_sec, time.second);
