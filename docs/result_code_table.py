@@ -62,11 +62,16 @@ if strays:
 def operations(code):
     if code == "PERR_OK":
         return "every operation that returns a code"
-    return ", ".join(f"{name}()" for name in returned_by[code]) or "none"
+    by_class = collections.defaultdict(list)
+    for name in returned_by[code]:
+        scope, _, operation = name.rpartition("::")
+        by_class[scope].append(operation)
+    return "<br>".join(f"{scope}: {', '.join(found)}" if scope else ", ".join(found)
+                       for scope, found in by_class.items()) or "none"
 
 
 with open(output, "w") as page:
     page.write("# Table of result codes {#result_code_table}\n\n"
-               "| Code | Meaning | Returned by |\n|:--|:--|:--|\n")
+               "| Code | Value | Meaning | Returned by |\n|:--|--:|:--|:--|\n")
     for name, value, meaning in codes:
-        page.write(f"| #{name}<br>{value} | {meaning} | {operations(name)} |\n")
+        page.write(f"| #{name} | {value} | {meaning} | {operations(name)} |\n")
