@@ -28,17 +28,6 @@ TEST(ProcessEnding, KillOfAnIdEndsTheProcess) {
         eventually([&] { return PProcess::isRunning(child.pid, running) == PERR_OK && !running; }));
 }
 
-TEST(ProcessEnding, AChildInheritsWhatItsStarterIgnores) {
-    ChildRun caller([] {
-        (void)signal(SIGTERM, SIG_IGN);
-        Child const child;
-        EXPECT_CODE(PERR_OK, PProcess::kill(child.pid));
-        EXPECT_TRUE(child.runs());
-        return testing::Test::HasFailure() ? 1 : 0;
-    });
-    EXPECT_EQ(0, caller.wait());
-}
-
 TEST(ProcessEnding, WhatCannotBeSentIsRefusedAtOnce) {
     Child const child;
     unsigned int const gone = endedProcess();
@@ -67,18 +56,6 @@ TEST(ProcessEnding, KillTreeEndsAProcessWithItsDescendants) {
         EXPECT_CODE(PERR_OK, PProcess::isRunning(pid, running));
         EXPECT_FALSE(running);
     }
-}
-
-TEST(ProcessEnding, KillTreeMissesAProcessWhoseParentHasEnded) {
-    Scratch const scratch;
-    std::string const file = scratch.path("ids");
-    Child const root(
-        shell("sh -c 'sleep 60 & echo $! >" + file + "'; echo >>" + file + "; sleep 60"),
-        "/bin/sh");
-    ASSERT_TRUE(eventually([&] { return scratch.read("ids").ends_with("\n\n"); }));
-    auto const orphan = static_cast<pid_t>(std::stoi(scratch.read("ids")));
-    EXPECT_CODE(PERR_OK, PProcess::killTree(root.pid));
-    EXPECT_EQ(0, ::kill(orphan, SIGKILL)) << "it was ended";
 }
 
 TEST(ProcessEnding, ASignalEndsThePause) {

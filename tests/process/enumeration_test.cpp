@@ -73,12 +73,17 @@ TEST(ProcessFind, ComparesWholeNamesIgnoringCaseAndFolders) {
 }
 
 TEST(ProcessFind, FindsNamesBeyondAsciiAndStepsOverThoseItCannotConvert) {
-    ChildRun const child([] { return prctl(PR_SET_NAME, "\xE3\x81\x82") + pause(); });
-    Ids pids, parents;
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
-    EXPECT_TRUE(eventually(
-        [&] { return PProcess::find(PString(L"\x3042", 1), pids, parents) == PERR_OK; }));
-    EXPECT_EQ(Ids{static_cast<unsigned int>(child.pid)}, pids);
+    ChildRun const child([] { return prctl(PR_SET_NAME, " \xE3\x81\x82\xC3\xA9 ") + pause(); });
+    auto const pid = static_cast<unsigned int>(child.pid);
+    PString name;
+    Ids pids, parents;
+    EXPECT_TRUE(eventually([&] {  // it has its name a moment after it is there
+        return PProcess::getName(pid, name) == PERR_OK && name == L"\x3042\xE9";
+    }));
+    EXPECT_TEXT(L"\x3042\xE9", name);
+    EXPECT_CODE(PERR_OK, PProcess::find(PLiteral(L"/any/long/folder/\x3042\xE9"), pids, parents));
+    EXPECT_EQ(Ids{pid}, pids);
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C"));
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned("no such name"), pids, parents));
 }

@@ -1,9 +1,6 @@
-#include <clocale>
-
-#include <sys/prctl.h>
 #include <sys/resource.h>
 
-#include <process/children.h>
+#include <process/queries.h>
 
 namespace {
 
@@ -69,31 +66,12 @@ TEST(ProcessInformation, TellsOfTheCallerAndTheMachine) {
     EXPECT_GT(bytes, 0U);
 }
 
-TEST(ProcessInformation, OfNoProcessClearsOrKeepsWhatItIsGiven) {
+TEST(ProcessInformation, IsRefusedForAnIdThatNoProcessBears) {
     unsigned int const gone = endedProcess();
-    PString name(L"kept", 4), path(L"kept", 4), line(L"kept", 4), dir(L"kept", 4), user(L"kept", 4);
-    Texts environment(1);
-    int priority = 7;
-    unsigned int parent = 7;
-    unsigned long long bytes = 7;
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getName(gone, name));
-    EXPECT_TEXT(L"", name);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getPath(gone, path));
-    EXPECT_TEXT(L"kept", path);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getCmdLine(gone, line));
-    EXPECT_TEXT(L"kept", line);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getWorkingDir(gone, dir));
-    EXPECT_TEXT(L"kept", dir);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getUserName(gone, user));
-    EXPECT_TEXT(L"kept", user);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getEnvironment(gone, environment));
-    EXPECT_TRUE(environment.empty());
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getPriority(gone, priority));
-    EXPECT_EQ(7, priority);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getParentPID(gone, parent));
-    EXPECT_EQ(0U, parent);
-    EXPECT_CODE(PERR_NO_PROCESS, PProcess::getMemoryUsage(gone, bytes));
-    EXPECT_EQ(7U, bytes);
+    for (Query const& query : queries()) {
+        SCOPED_TRACE(query.what);
+        EXPECT_CODE(query.ofNoProcess, query.ask(gone));
+    }
 }
 
 TEST(ProcessInformation, OfAnObjectWithoutChildLeavesItsOutputAlone) {
@@ -106,33 +84,29 @@ TEST(ProcessInformation, OfAnObjectWithoutChildLeavesItsOutputAlone) {
     EXPECT_CODE(PERR_NO_PROCESS, idle.getPath(text));
     EXPECT_CODE(PERR_NO_PROCESS, idle.getCmdLine(text));
     EXPECT_CODE(PERR_NO_PROCESS, idle.getWorkingDir(text));
-    EXPECT_TEXT(L"kept", text);
     EXPECT_CODE(PERR_NO_PROCESS, idle.getEnvironment(environment));
-    EXPECT_EQ(1U, environment.size());
     EXPECT_CODE(PERR_NO_PROCESS, idle.getPriority(priority));
+    EXPECT_TEXT(L"kept", text);
+    EXPECT_EQ(1U, environment.size());
     EXPECT_EQ(7, priority);
     EXPECT_CODE(PERR_NO_PROCESS, idle.getMemoryUsage(bytes));
-    EXPECT_EQ(0U, bytes);
+    EXPECT_EQ(0U, bytes) << "this one is cleared";
 }
 
 TEST(ProcessInformation, OfAnEndedChildIsWhatTheObjectDescribes) {
     Child child(owned("60"), "\\bin\\sleep");
-    PString text(L"kept", 4);
+    PString text;
     child.end();
     EXPECT_CODE(PERR_OK, child.process.getPath(text));  // collects the child
     EXPECT_TEXT(L"/bin/sleep", text);
     EXPECT_CODE(PERR_OK, child.process.getCmdLine(text));
     EXPECT_TEXT(L"60", text);
     EXPECT_CODE(PERR_NOT_FOUND, child.process.getWorkingDir(text));
-    EXPECT_TEXT(L"60", text);
-    EXPECT_CODE(PERR_NOT_FOUND, child.process.getName(text));
-    EXPECT_TEXT(L"", text);
 }
 
 TEST(ProcessInformation, OfAZombieHasNeitherMemoryNorArguments) {
     Child const child;
-    PString line(L"kept", 4);
-    Texts environment(1);
+    PString line(L"old", 3);
     unsigned long long bytes = 7;
     child.end();
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::getMemoryUsage(child.pid, bytes));
@@ -141,55 +115,33 @@ TEST(ProcessInformation, OfAZombieHasNeitherMemoryNorArguments) {
     EXPECT_TEXT(L"", line);
 }
 
-TEST(ProcessInformation, IsRefusedWithoutADescriptor) {
-    unsigned int const self = PProcess::getCurrentPID();
-    unsigned int number = 7;
-    unsigned long long bytes = 7;
-    bool running = true;
-    PString text;
-    Texts environment;
-    Ids ids, parents;
-    (void)PProcess::getName(self, text);  // what checks types at run time opens a pipe once
-    NoDescriptors const none;
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getName(self, text));
-    EXPECT_CODE(PERR_OK, PProcess::getPath(self, text));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getCmdLine(self, text));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getWorkingDir(self, text));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getEnvironment(self, environment));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getParentPID(self, number));
-    EXPECT_CODE(PERR_NO_PROCESS, PProcess::getMemoryUsage(self, bytes));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getUserName(self, text));
-    EXPECT_CODE(PERR_IO, PProcess::getFreeMemory(bytes));
-    EXPECT_EQ(0U, bytes);
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::listPIDs(ids));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getChildPID(1, ids));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned("x"), ids, parents));
-    EXPECT_CODE(PERR_IO, PProcess::getCPUUsage(number));
-    EXPECT_EQ(0U, number);
-    EXPECT_CODE(PERR_OPEN, PProcess::getSpecCPUUsage(0, number));
-    EXPECT_CODE(PERR_OPEN, PProcess::getCPUUsage(self, number));
-    EXPECT_CODE(PERR_OK, PProcess::isRunning(self, running));
-    EXPECT_FALSE(running);
+TEST(ProcessInformation, PathsAreTrimmedAndHaveSlashes) {
+    Scratch const scratch;
+    std::string const folder = scratch.path("a\\b \t");
+    std::filesystem::create_directory(folder);
+    ChildRun const child([&] { return chdir(folder.c_str()) + pause(); });
+    PString found;
+    EXPECT_TRUE(eventually([&] {
+        EXPECT_CODE(PERR_OK, PProcess::getWorkingDir(static_cast<unsigned int>(child.pid), found));
+        return found.endsWith(L"/b", P_WHOLE_STRING, false);
+    }));
+    EXPECT_TEXT(scratch.wpath("a/b"), found);
 }
 
-TEST(ProcessInformation, NamesBeyondAsciiHaveTheirCharactersOnly) {
-    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
-    struct {
-        char const* bytes;
-        wchar_t const* name;
-    } const rows[] = {
-        {"\xC3\xA9", L"\x00E9"},                               // two bytes
-        {"\xE3\x81\x82", L"\x3042"},                           // three
-        {" \xE3\x81\x82\xF0\x9F\x98\x80 ", L"\x3042\x1F600"},  // four, and space at both ends
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.bytes);
-        ChildRun const child([&] { return prctl(PR_SET_NAME, row.bytes) + pause(); });
-        auto const pid = static_cast<unsigned int>(child.pid);
-        PString name;
-        EXPECT_TRUE(eventually([&] {  // it has its name a moment after it is there
-            return PProcess::getName(pid, name) == PERR_OK && name == row.name;
-        }));
-        EXPECT_TEXT(row.name, name);
+TEST(ProcessInformation, IsRefusedWithoutADescriptor) {
+    unsigned int percent = 7;
+    unsigned long long bytes = 7;
+    (void)queries()[0].ask(1);  // what checks types at run time opens a pipe once
+    auto const asked = queries();
+    NoDescriptors const none;
+    for (Query const& query : asked) {
+        SCOPED_TRACE(query.what);
+        EXPECT_CODE(query.noDescriptors, query.ask(PProcess::getCurrentPID()));
     }
+    EXPECT_CODE(PERR_IO, PProcess::getFreeMemory(bytes));
+    EXPECT_EQ(0U, bytes);
+    EXPECT_CODE(PERR_OPEN, PProcess::getSpecCPUUsage(0, percent));
+    EXPECT_EQ(7U, percent);
+    EXPECT_CODE(PERR_IO, PProcess::getCPUUsage(percent));
+    EXPECT_EQ(0U, percent);
 }

@@ -17,18 +17,14 @@ Script::~Script() {
     active = nullptr;
 }
 
-Script* Script::current() {
-    return active;
-}
-
 int Script::record(std::string const& call, long argument) {
     recorded.push_back(call + " " + std::to_string(static_cast<int>(argument)));
     showNext();
     return 0;
 }
 
-long Script::standIn(long path) const {
-    return contents.empty() ? path : reinterpret_cast<long>(file.c_str());
+long Script::path(long real) const {
+    return contents.empty() ? real : reinterpret_cast<long>(file.c_str());
 }
 
 void Script::showNext() {
@@ -36,8 +32,8 @@ void Script::showNext() {
 }
 
 // clang-format off
-INTERPOSE(fopen, if (active) a = active->standIn(a))
-INTERPOSE(open, if (active) a = active->standIn(a))
+INTERPOSE(fopen, if (active) a = active->path(a))
+INTERPOSE(open, if (active) a = active->path(a))
 INTERPOSE(sleep, if (active) return active->record("sleep", a))
 INTERPOSE(usleep, if (active) return active->record("usleep", a))
 INTERPOSE(kill, if (active) return active->record("kill " + std::to_string(int(a)), b);

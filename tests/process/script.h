@@ -12,23 +12,20 @@
 class Script {
 public:
     explicit Script(std::vector<std::string> contents = {});
-    ~Script();
     Script(Script const&) = delete;
+    ~Script();
 
     /// What was recorded: "sleep 1", "usleep 400000", "kill 4711 9".
     std::vector<std::string> const& calls() const { return recorded; }
 
-    /// The script that exists now; null without one.
-    static Script* current();
-
+    /// For the calls that it stands in for.
     int record(std::string const& call, long argument);
-    long standIn(long path) const;
+    long path(long real) const;
 
 private:
     void showNext();
 
-    std::vector<std::string> contents;
-    std::vector<std::string> recorded;
+    std::vector<std::string> contents, recorded;
     std::size_t shown = 0;
     Scratch scratch;
     std::string file = scratch.path("file");

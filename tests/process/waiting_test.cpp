@@ -1,6 +1,6 @@
 #include <sys/ptrace.h>
 
-#include <process/children.h>
+#include <process/queries.h>
 
 TEST(ProcessWaiting, ExitCodeTellsHowAChildEnded) {
     struct {
@@ -32,19 +32,6 @@ TEST(ProcessWaiting, ExitCodeIsGivenOnce) {
     EXPECT_EQ(-1, exitCode);
 }
 
-TEST(ProcessWaiting, ExitCodeCannotBeHadWhileTheCallerIgnoresSigchld) {
-    ChildRun caller([] {
-        int exitCode = 7;
-        PProcess process(L"/bin/sh", shell("exit 3"));
-        (void)signal(SIGCHLD, SIG_IGN);
-        EXPECT_CODE(PERR_OK, process.start());
-        EXPECT_CODE(PERR_NO_PROCESS, process.waitExitCode(exitCode));
-        EXPECT_EQ(-1, exitCode);
-        return testing::Test::HasFailure() ? 1 : 0;
-    });
-    EXPECT_EQ(0, caller.wait());
-}
-
 TEST(ProcessWaiting, ATracedChildThatStopsHasNotEnded) {
     Child child;
     int exitCode = 7;
@@ -73,7 +60,7 @@ TEST(ProcessWaiting, IsRunningTellsLivingProcessesFromOthers) {
         bool running = !row.runs;
         EXPECT_CODE(PERR_OK, PProcess::isRunning(row.pid, running));
         EXPECT_EQ(row.runs, running);
-        EXPECT_EQ(row.runs, PProcess::waitFinish(row.pid, 999));  // which does not wait
+        EXPECT_EQ(row.runs, PProcess::waitFinish(row.pid, 999));
     }
 }
 
@@ -83,7 +70,6 @@ TEST(ProcessWaiting, AnObjectKnowsItsChildWhileThatRuns) {
     bool running = false;
     EXPECT_CODE(PERR_OK, child.process.isRunning(running));
     EXPECT_TRUE(running);
-    EXPECT_TRUE(child.process.waitFinish(999));
 
     child.end();
     EXPECT_CODE(PERR_NO_PROCESS, child.process.getPID(pid));
@@ -105,48 +91,25 @@ TEST(ProcessWaiting, WaitFinishNoticesTheEnd) {
     }
 }
 
-TEST(ProcessWaiting, TheQueriesOfTheListCollectEveryEndedChild) {
-    Child own;
-    unsigned int const pid = own.pid;
-    unsigned int number = 0;
-    int value = 0;
-    bool running = false;
-    PString text;
-    Texts texts;
-    Ids ids, others;
-    unsigned long long bytes = 0;
+TEST(ProcessWaiting, SomeQueriesCollectEveryEndedChild) {
+    int exitCode = 0;
     (void)setenv("TALV_PROC_SAMPLE_TIME_MS", "1", 1);
-    struct {
-        char const* what;
-        std::function<int()> query;
-        bool collects;
-    } const rows[] = {
-        {"isRunning", [&] { return PProcess::isRunning(pid, running); }, true},
-        {"getPID", [&] { return own.process.getPID(number); }, true},
-        {"start", [&] { return own.process.start(); }, true},
-        {"waitFinish of an id", [&] { return PProcess::waitFinish(pid, 0); }, true},
-        {"waitFinish", [&] { return own.process.waitFinish(0); }, true},
-        {"getName", [&] { return PProcess::getName(pid, text); }, true},
-        {"getPath", [&] { return PProcess::getPath(pid, text); }, true},
-        {"listPIDs", [&] { return PProcess::listPIDs(ids); }, true},
-        {"getChildPID", [&] { return PProcess::getChildPID(pid, ids); }, true},
-        {"find", [&] { return PProcess::find(text, ids, others); }, true},
-        {"getCmdLine", [&] { return PProcess::getCmdLine(pid, text); }, false},
-        {"getWorkingDir", [&] { return PProcess::getWorkingDir(pid, text); }, false},
-        {"getPriority", [&] { return PProcess::getPriority(pid, value); }, false},
-        {"getEnvironment", [&] { return PProcess::getEnvironment(pid, texts); }, false},
-        {"getMemoryUsage", [&] { return PProcess::getMemoryUsage(pid, bytes); }, false},
-        {"getParentPID", [&] { return PProcess::getParentPID(pid, number); }, false},
-        {"getUserName", [&] { return PProcess::getUserName(pid, text); }, false},
-        {"getCPUUsage", [&] { return PProcess::getCPUUsage(pid, number); }, false},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (Query const& query : queries()) {
+        SCOPED_TRACE(query.what);
         Child other;
         other.end();
-        (void)row.query();
-        EXPECT_CODE(row.collects ? PERR_NO_PROCESS : PERR_OK, other.process.waitExitCode(value));
+        (void)query.ask(other.pid);
+        EXPECT_CODE(query.collects ? PERR_NO_PROCESS : PERR_OK,
+                    other.process.waitExitCode(exitCode));
     }
+}
+
+TEST(ProcessWaiting, WaitFinishCollectsOthersWhereItsOwnChildStillRuns) {
+    Child own, other;
+    int exitCode = 0;
+    other.end();
+    EXPECT_TRUE(own.process.waitFinish(999));  // which does not wait
+    EXPECT_CODE(PERR_NO_PROCESS, other.process.waitExitCode(exitCode));
 }
 
 TEST(ProcessWaiting, ASignalEndsAWait) {
