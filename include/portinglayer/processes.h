@@ -115,8 +115,10 @@ public:
     /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a".
     ///          Write one space between arguments.
     /// @warning Executable, folder, entries and each argument are cut to as many bytes as they have
-    ///          characters, as `PLiteral::ascii` says, so only ASCII passes whole. An argument of
-    ///          which nothing is left, or that the locale cannot express, ends the argument list.
+    ///          characters, as `PLiteral::ascii` says, so only ASCII passes whole; as folder, entry
+    ///          and last argument also text that has zeros enough behind it, as `PUtf8::padded`
+    ///          puts there. An argument of which nothing is left, or that the locale cannot
+    ///          express, ends the argument list.
     /// @warning PERR_OK does not say that the program runs. A failed fork gives PERR_OK as well and
     ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use
     ///          no waiting operation of such an object, as these take any child of the caller; so
@@ -437,8 +439,9 @@ public:
     /// @param[out] name  left alone when the account file knows no such user (PERR_OK all the
     ///                   same); bytes other than ASCII come as `PFile::preadLine` gives them
     /// @return PERR_OK
-    /// @return PERR_NOT_FOUND  there is no such process, or the account file cannot be opened
-    /// @return PERR_NO_MEMORY  memory ran out
+    /// @return PERR_NOT_FOUND  there is no such process, or a file cannot be opened or read
+    /// @return PERR_NO_MEMORY  memory ran out, but while a file was opened; `name` is left alone or
+    ///                         empty
     [[nodiscard]] static int getUserName(unsigned int const& processId, PString& name);
 
     /// Gets the memory of the machine that is free or used only for buffers and cached files, in

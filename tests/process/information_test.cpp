@@ -1,3 +1,5 @@
+#include <clocale>
+
 #include <sys/resource.h>
 
 #include <process/queries.h>
@@ -115,17 +117,22 @@ TEST(ProcessInformation, OfAZombieHasNeitherMemoryNorArguments) {
     EXPECT_TEXT(L"", line);
 }
 
-TEST(ProcessInformation, PathsAreTrimmedAndHaveSlashes) {
+TEST(ProcessInformation, PathsAreTrimmedWithSlashesAndZerosBehindMultibyteText) {
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     Scratch const scratch;
-    std::string const folder = scratch.path("a\\b \t");
-    std::filesystem::create_directory(folder);
-    ChildRun const child([&] { return chdir(folder.c_str()) + pause(); });
-    PString found;
-    EXPECT_TRUE(eventually([&] {
-        EXPECT_CODE(PERR_OK, PProcess::getWorkingDir(static_cast<unsigned int>(child.pid), found));
-        return found.endsWith(L"/b", P_WHOLE_STRING, false);
-    }));
-    EXPECT_TEXT(scratch.wpath("a/b"), found);
+    std::wstring const here = scratch.wpath("");
+    for (auto const& [folder, text] : {std::pair<std::string, std::wstring>("a\\b \t", L"a/b"),
+                                       {"\xC3\xA9", std::wstring(L"\xE9\0", 2)}}) {
+        std::string const path = scratch.path(folder);
+        std::filesystem::create_directory(path);
+        ChildRun const child([&] { return chdir(path.c_str()) + pause(); });
+        PString found;
+        EXPECT_TRUE(eventually([&] {
+            (void)PProcess::getWorkingDir(static_cast<unsigned int>(child.pid), found);
+            return found.startsWith(here.c_str(), P_WHOLE_STRING, false);
+        }));
+        EXPECT_TEXT(here + text, found);
+    }
 }
 
 TEST(ProcessInformation, IsRefusedWithoutADescriptor) {
