@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <fs/files.h>
+#include <support/child_run.h>
 
 namespace fs = std::filesystem;
 
@@ -106,14 +107,17 @@ TEST(Listing, GoesOnBehindANameThatCannotBeConverted) {
 
 TEST(Listing, IsForgottenNotClosedByClear) {
     Scratch const scratch;
-    int const descriptor = dup(0);  // and free again, for the listing to get it
-    (void)close(descriptor);
-    PDir dir(named(scratch.dir()), L"*");
-    EXPECT_CODE(PERR_OK, dir.preaddir());
-    dir.clear();
-    EXPECT_TEXT(L"", dir.getEntry());
-    EXPECT_CODE(PERR_DIR_NOT_OPEN, dir.preaddir());
-    EXPECT_EQ(0, close(descriptor)) << "it was open still";
+    ChildRun child([&] {  // which ends with what is lost
+        PDir dir(named(scratch.dir()), L"*");
+        EXPECT_CODE(PERR_OK, dir.preaddir());
+        auto const open = namesIn("/proc/self/fd").size();
+        dir.clear();
+        EXPECT_EQ(open, namesIn("/proc/self/fd").size());
+        EXPECT_TEXT(L"", dir.getEntry());
+        EXPECT_CODE(PERR_DIR_NOT_OPEN, dir.preaddir());
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(0, child.wait());
 }
 
 TEST(Folders, AreMadeAndRemovedOneAtATime) {
