@@ -17,6 +17,9 @@ struct Objects {
     PDir folder{PLiteral(L"/proc/self"), PLiteral(L"stat?s")};
     PLibrary library;
     PProcess process{PLiteral(L"sleep"), PLiteral(L"10")};
+    PCommand command{PLiteral(L"sort")};
+    PReplacement replacement;
+    PFileLock lock;
     PMutex mutex, raw;
     PSemaphore semaphore;
     PConditionalVar condition;
@@ -30,6 +33,8 @@ int _setUp(Objects& all) {
     int const codes[] = {
         all.file.popen(PLiteral(L"/proc/self/status"), PFile::OPEN_READ, 1),
         all.folder.preaddir(),
+        all.command.setStreams(PCommand::PIPED, PCommand::PIPED, PCommand::INHERITED),
+        all.command.start(),
         all.mutex.init(true),
         all.mutex.lock(),
         all.semaphore.init(3, true),
