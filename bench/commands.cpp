@@ -12,19 +12,6 @@
 
 #include <portinglayer/commands.h>
 
-#ifdef BENCH_GLIB
-#include <glib.h>
-#endif
-#ifdef BENCH_POCO
-#include <Poco/Pipe.h>
-#include <Poco/PipeStream.h>
-#include <Poco/Process.h>
-#include <Poco/StreamCopier.h>
-#endif
-#ifdef BENCH_QT
-#include <QProcess>
-#endif
-
 namespace {
 
 /// Has this process use so much memory besides.
@@ -98,37 +85,30 @@ void _addRunning(std::size_t numbers) {
         if (code == PERR_OK) code = seq.run("", output, errors, ending, PCommand::FOREVER);
         return code == PERR_OK && ending.exitCode == 0 ? output : "failed";
     });
-#ifdef BENCH_POCO
-    op.way("POCO", [count] {
+    WITH_POCO(op.way("POCO", [count] {
         Poco::Pipe pipe;
         std::string output;
         auto const handle = Poco::Process::launch("/usr/bin/seq", {count}, nullptr, &pipe, nullptr);
         Poco::PipeInputStream stream(pipe);
         Poco::StreamCopier::copyToString(stream, output);
         return handle.wait() == 0 ? output : "failed";
-    });
-#endif
-#ifdef BENCH_GLIB
-    op.way("GLib", [number = count]() mutable {
+    }));
+    WITH_GLIB(op.way("GLib", [number = count]() mutable {
         char program[] = "/usr/bin/seq";
         char* arguments[] = {program, number.data(), nullptr};
         char *output = nullptr, *errors = nullptr;
         int status = -1;
         g_spawn_sync(nullptr, arguments, nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &output,
                      &errors, &status, nullptr);
-        std::string const text = status == 0 ? output : "failed";
-        g_free(output);
-        g_free(errors);
-        return text;
-    });
-#endif
-#ifdef BENCH_QT
-    op.way("Qt", [count] {
+        GText const text(output);
+        GText const unused(errors);
+        return std::string(status == 0 ? output : "failed");
+    }));
+    WITH_QT(op.way("Qt", [count] {
         QProcess seq;
         seq.start("/usr/bin/seq", {QString::fromStdString(count)});
         return seq.waitForFinished(-1) ? seq.readAllStandardOutput().toStdString() : "failed";
-    });
-#endif
+    }));
 }
 
 }  // namespace

@@ -6,16 +6,6 @@
 
 #include <portinglayer/counters.h>
 
-#ifdef BENCH_BOOST
-#include <boost/shared_ptr.hpp>
-#endif
-#ifdef BENCH_POCO
-#include <Poco/SharedPtr.h>
-#endif
-#ifdef BENCH_QT
-#include <QSharedPointer>
-#endif
-
 namespace {
 
 struct OurPointer : PPtr<int> {
@@ -23,32 +13,34 @@ struct OurPointer : PPtr<int> {
 };
 
 template <typename Pointer>
-void _addWay(Operation<int>& making, Operation<int>& sharing, char const* name) {
-    making.way(name, [] {
-        Pointer const pointer(new int(42));
-        return *pointer;
-    });
-    auto const shared = std::make_shared<Pointer>(new int(42));
-    sharing.way(name, [=] {
-        Pointer const copy(*shared);
-        return *copy;
-    });
+int _make() {
+    Pointer const pointer(new int(42));
+    return *pointer;
+}
+
+template <typename Pointer>
+Pointer const shared(new int(42));
+
+template <typename Pointer>
+int _share() {
+    Pointer const copy(shared<Pointer>);
+    return *copy;
 }
 
 }  // namespace
 
 void addPointers() {
     Operation making("pointer make and release", NO_LIMIT, 42, "std::shared_ptr");
+    making.way(BARE, _make<std::shared_ptr<int>>);
+    WITH_QT(making.way("Qt", _make<QSharedPointer<int>>));
+    WITH_BOOST(making.way("Boost", _make<boost::shared_ptr<int>>));
+    WITH_POCO(making.way("POCO", _make<Poco::SharedPtr<int>>));
+    making.way(OURS, _make<OurPointer>);
+
     Operation sharing("pointer share and release", NO_LIMIT, 42, "std::shared_ptr");
-    _addWay<std::shared_ptr<int>>(making, sharing, BARE);
-#ifdef BENCH_QT
-    _addWay<QSharedPointer<int>>(making, sharing, "Qt");
-#endif
-#ifdef BENCH_BOOST
-    _addWay<boost::shared_ptr<int>>(making, sharing, "Boost");
-#endif
-#ifdef BENCH_POCO
-    _addWay<Poco::SharedPtr<int>>(making, sharing, "POCO");
-#endif
-    _addWay<OurPointer>(making, sharing, OURS);
+    sharing.way(BARE, _share<std::shared_ptr<int>>);
+    WITH_QT(sharing.way("Qt", _share<QSharedPointer<int>>));
+    WITH_BOOST(sharing.way("Boost", _share<boost::shared_ptr<int>>));
+    WITH_POCO(sharing.way("POCO", _share<Poco::SharedPtr<int>>));
+    sharing.way(OURS, _share<OurPointer>);
 }

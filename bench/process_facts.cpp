@@ -17,11 +17,6 @@
 
 #include "bare_lines.h"
 
-#ifdef BENCH_PROC2
-#include <libproc2/meminfo.h>
-#include <libproc2/pids.h>
-#endif
-
 namespace {
 
 using File = std::unique_ptr<FILE, decltype(&fclose)>;
@@ -118,17 +113,13 @@ auto _reaping(Body body) {
     };
 }
 
-#ifdef BENCH_PROC2
-/// One item of this process.
-pids_result _proc2(pids_item item) {
-    static pids_info* info = nullptr;
-    if (info == nullptr) procps_pids_new(&info, &item, 1);
-    procps_pids_reset(info, &item, 1);
-    unsigned int pid = self;
-    pids_fetch const* const fetched = procps_pids_select(info, &pid, 1, PIDS_SELECT_PID);
-    return fetched->stacks[0]->head[0];
+/// One fact by the library.
+template <typename Fact>
+Fact _ours(int (*get)(unsigned int, Fact&)) {
+    return out<Fact>(get, self);
 }
-#endif
+
+constexpr int NO_ITEM = -1;
 
 /// A fact that is text: the bare way, the item of libproc2 and the library's operation.
 template <typename Bare>
@@ -136,130 +127,89 @@ void _addText(char const* name, Bare bare, [[maybe_unused]] int item,
               int (*ours)(unsigned int, PString&)) {
     Operation op(std::string("process ") + name, 1.15, bare(), "the same reads");
     op.way(BARE, bare);
-#ifdef BENCH_PROC2
-    if (item >= 0)
-        op.way("libproc2",
-               [=] { return std::string(_proc2(static_cast<pids_item>(item)).result.str); });
-#endif
+    WITH_PROC2(if (item != NO_ITEM) op.way("libproc2", [=] {
+        return std::string(proc2Item(static_cast<pids_item>(item)).result.str);
+    }));
     op.way(
-        OURS,
-        [=] {
-            PString text;
-            (void)ours(self, text);
-            return text;
-        },
+        OURS, [=] { return _ours(ours); },
         [](PString const& text) {
-            std::string bytes(text.ptr(), text.ptr() + text.len());
+            std::string bytes = bytesOf(text);
             std::erase(bytes, '"');  // stands around arguments with a space, such as a filter
             return bytes;
         });
 }
 
-#ifdef BENCH_PROC2
-constexpr int NAME = PIDS_CMD;
-constexpr int PATH = PIDS_EXE;
-constexpr int COMMAND_LINE = PIDS_CMDLINE;
-#else
-constexpr int NAME = -1, PATH = -1, COMMAND_LINE = -1;
-#endif
+void _addParent() {
+    Operation op("process parent", 1.15, static_cast<unsigned int>(getppid()), "the same reads");
+    op.way(BARE, [] { return _statusNumber("PPid:"); });
+    WITH_PROC2(op.way("libproc2", [] { return proc2Item(PIDS_ID_PPID).result.s_int; }));
+    op.way(OURS, [] { return _ours<unsigned int>(PProcess::getParentPID); });
+}
 
-void _addNumbers() {
-    Operation parent("process parent", 1.15, static_cast<unsigned int>(getppid()),
-                     "the same reads");
-    parent.way(BARE, [] { return static_cast<unsigned int>(_statusNumber("PPid:")); });
-#ifdef BENCH_PROC2
-    parent.way("libproc2",
-               [] { return static_cast<unsigned int>(_proc2(PIDS_ID_PPID).result.s_int); });
-#endif
-    parent.way(OURS, [] {
-        unsigned int id = 0;
-        (void)PProcess::getParentPID(self, id);
-        return id;
-    });
+void _addMemory() {
+    Operation op("process memory", 1.15, true, "the same reads");
+    op.way(BARE, [] { return _statusNumber("VmRSS:") > 0; });
+    WITH_PROC2(op.way("libproc2", [] { return proc2Item(PIDS_VM_RSS).result.ul_int > 0; }));
+    op.way(OURS, [] { return _ours<unsigned long long>(PProcess::getMemoryUsage) > 0; });
+}
 
-    Operation memory("process memory", 1.15, true, "the same reads");
-    memory.way(BARE, [] { return _statusNumber("VmRSS:") > 0; });
-#ifdef BENCH_PROC2
-    memory.way("libproc2", [] { return _proc2(PIDS_VM_RSS).result.ul_int > 0; });
-#endif
-    memory.way(OURS, [] {
-        unsigned long long bytes = 0;
-        (void)PProcess::getMemoryUsage(self, bytes);
-        return bytes > 0;
-    });
-
-    Operation priority("process priority", 1.15, getpriority(PRIO_PROCESS, self), "getpriority");
-    priority.way(BARE, [] {
+void _addPriority() {
+    Operation op("process priority", 1.15, getpriority(PRIO_PROCESS, self), "getpriority");
+    op.way(BARE, [] {
         errno = 0;
         return getpriority(PRIO_PROCESS, self);
     });
-#ifdef BENCH_PROC2
-    priority.way("libproc2", [] { return _proc2(PIDS_NICE).result.s_int; });
-#endif
-    priority.way(OURS, [] {
-        int value = 0;
-        (void)PProcess::getPriority(self, value);
-        return value;
-    });
-
-    Operation running("process is running", 1.15, true, "the same reads");
-    running.way(BARE, _reaping([] { return _statusLine("State:")[0] != 'Z'; }));
-    running.way(OURS, [] {
-        bool result = false;
-        (void)PProcess::isRunning(self, result);
-        return result;
-    });
+    WITH_PROC2(op.way("libproc2", [] { return proc2Item(PIDS_NICE).result.s_int; }));
+    op.way(OURS, [] { return _ours<int>(PProcess::getPriority); });
 }
 
-void _addLists() {
-    Operation environment("process environment", 3.5, _environment(), "the same reads");
-    environment.way(BARE, _environment);
-#ifdef BENCH_PROC2
-    environment.way("libproc2", [] {
-        std::size_t entries = 0;
-        for (char** at = _proc2(PIDS_ENVIRON_V).result.strv; *at != nullptr; ++at) ++entries;
-        return entries;
-    });
-#endif
-    environment.way(OURS, [] {
-        std::vector<PString> entries;
-        (void)PProcess::getEnvironment(self, entries);
-        return entries.size();
-    });
+void _addRunning() {
+    Operation op("process is running", 1.15, true, "the same reads");
+    op.way(BARE, _reaping([] { return _statusLine("State:")[0] != 'Z'; }));
+    op.way(OURS, [] { return _ours<bool>(PProcess::isRunning); });
+}
 
-    Operation memory("free memory", 1.15, true, "the same reads");
-    memory.way(BARE, _freeMemory);
-#ifdef BENCH_PROC2
-    memory.way("libproc2", [] {
+void _addEnvironment() {
+    Operation op("process environment", 3.5, _environment(), "the same reads");
+    op.way(BARE, _environment);
+    WITH_PROC2(op.way("libproc2", [] {
+        std::size_t entries = 0;
+        for (char** at = proc2Item(PIDS_ENVIRON_V).result.strv; *at != nullptr; ++at) ++entries;
+        return entries;
+    }));
+    op.way(OURS, [] { return _ours<std::vector<PString>>(PProcess::getEnvironment).size(); });
+}
+
+void _addFreeMemory() {
+    Operation op("free memory", 1.15, true, "the same reads");
+    op.way(BARE, _freeMemory);
+    WITH_PROC2(op.way("libproc2", [] {
         meminfo_info* info = nullptr;
         procps_meminfo_new(&info);
         bool const any = procps_meminfo_get(info, MEMINFO_MEM_FREE)->result.ul_int > 0;
         procps_meminfo_unref(&info);
         return any;
-    });
-#endif
-    memory.way(OURS, [] {
-        unsigned long long bytes = 0;
-        (void)PProcess::getFreeMemory(bytes);
-        return bytes > 0;
-    });
+    }));
+    op.way(OURS, [] { return out<unsigned long long>(PProcess::getFreeMemory) > 0; });
 }
 
 }  // namespace
 
 void addProcessFacts() {
-    _addText("name", _reaping([] { return _statusLine("Name:"); }), NAME, PProcess::getName);
-    _addText("path", _reaping([] { return _link("exe"); }), PATH, PProcess::getPath);
-    _addText("command line", _commandLine, COMMAND_LINE, PProcess::getCmdLine);
-    _addText(
-        "working folder",
-        [] {
-            File const file = _openProc("cwd");
-            return _link("cwd");
-        },
-        -1, PProcess::getWorkingDir);
-    _addText("user name", _userName, -1,
+    auto const workingFolder = [] {
+        File const file = _openProc("cwd");
+        return _link("cwd");
+    };
+    _addText("name", _reaping([] { return _statusLine("Name:"); }), PIDS_CMD, PProcess::getName);
+    _addText("path", _reaping([] { return _link("exe"); }), PIDS_EXE, PProcess::getPath);
+    _addText("command line", _commandLine, PIDS_CMDLINE, PProcess::getCmdLine);
+    _addText("working folder", workingFolder, NO_ITEM, PProcess::getWorkingDir);
+    _addText("user name", _userName, NO_ITEM,
              [](unsigned int pid, PString& name) { return PProcess::getUserName(pid, name); });
-    _addNumbers();
-    _addLists();
+    _addParent();
+    _addMemory();
+    _addPriority();
+    _addRunning();
+    _addEnvironment();
+    _addFreeMemory();
 }

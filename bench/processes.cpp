@@ -18,19 +18,9 @@
 
 #include <portinglayer/processes.h>
 
-#ifdef BENCH_GLIB
-#include <glib.h>
-#endif
-#ifdef BENCH_POCO
-#include <Poco/Process.h>
-#endif
-#ifdef BENCH_PROC2
-#include <libproc2/pids.h>
-#endif
-
 namespace {
 
-constexpr char CROWD_NAME[] = "pl-bench-crowd";
+std::string const crowdName = "crowd" + std::to_string(getpid());
 constexpr std::size_t CROWD_SIZE = 200;
 
 /// Sleeping processes to be found; they end with this one.
@@ -41,7 +31,8 @@ public:
             member = fork();
             if (member == 0) sleepUnderName();
         }
-        usleep(200 * 1000);  // until all bear their name
+        for (pid_t const member : members) waitpid(member, nullptr, WUNTRACED);
+        for (pid_t const member : members) kill(member, SIGCONT);
     }
     Crowd(Crowd const&) = delete;
     Crowd& operator=(Crowd const&) = delete;
@@ -53,7 +44,8 @@ public:
 private:
     [[noreturn]] static void sleepUnderName() {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        prctl(PR_SET_NAME, CROWD_NAME);
+        prctl(PR_SET_NAME, crowdName.c_str());
+        raise(SIGSTOP);  // seen by the parent, which goes on once all bear their name
         for (;;) pause();
     }
     pid_t members[CROWD_SIZE];
@@ -117,19 +109,15 @@ void _addStarting(std::size_t mebibytes) {
         posix_spawnp(&pid, program, nullptr, nullptr, arguments, environ);
         return _waitFor(pid);
     });
-#ifdef BENCH_POCO
-    op.way("POCO", [] { return Poco::Process::launch("/bin/false", {}).wait(); });
-#endif
-#ifdef BENCH_GLIB
-    op.way("GLib", [] {
+    WITH_POCO(op.way("POCO", [] { return Poco::Process::launch("/bin/false", {}).wait(); }));
+    WITH_GLIB(op.way("GLib", [] {
         char program[] = "/bin/false";
         char* arguments[] = {program, nullptr};
         int pid = 0;
         g_spawn_async(nullptr, arguments, nullptr, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr,
                       &pid, nullptr);
         return _waitFor(pid);
-    });
-#endif
+    }));
     op.way(OURS, [] {
         PProcess process(L"/bin/false", L"");
         int code = 0;
@@ -172,18 +160,6 @@ Status _readStatus(char const* entry) {
     return status;
 }
 
-#ifdef BENCH_PROC2
-/// Calls `use` with every process and the items asked for.
-template <typename Use>
-void _forEachProc2(std::vector<pids_item> items, Use use) {
-    pids_info* info = nullptr;
-    procps_pids_new(&info, items.data(), static_cast<int>(items.size()));
-    while (pids_stack const* const stack = procps_pids_get(info, PIDS_FETCH_TASKS_ONLY))
-        use(stack->head);
-    procps_pids_unref(&info);
-}
-#endif
-
 void _addListing() {
     // Processes come and go on any machine: that all of the crowd is listed is what is checked.
     Operation op("list processes", 1.15, true, "opendir, readdir");
@@ -196,20 +172,15 @@ void _addListing() {
         });
         return pids.size() > CROWD_SIZE;
     });
-#ifdef BENCH_PROC2
-    op.way("libproc2", [] {
+    WITH_PROC2(op.way("libproc2", [] {
         std::vector<unsigned int> pids;
-        _forEachProc2({PIDS_ID_PID}, [&](pids_result const* result) {
+        forEachProc2({PIDS_ID_PID}, [&](pids_result const* result) {
             pids.push_back(static_cast<unsigned int>(result->result.s_int));
         });
         return pids.size() > CROWD_SIZE;
-    });
-#endif
-    op.way(OURS, [] {
-        std::vector<unsigned int> pids;
-        (void)PProcess::listPIDs(pids);
-        return pids.size() > CROWD_SIZE;
-    });
+    }));
+    op.way(OURS,
+           [] { return out<std::vector<unsigned int>>(PProcess::listPIDs).size() > CROWD_SIZE; });
 }
 
 void _addFinding() {
@@ -221,28 +192,26 @@ void _addFinding() {
         waitpid(0, nullptr, WNOHANG);
         _forEachProcess([&](char const* entry) {
             Status status = _readStatus(entry);
-            if (strcasecmp(status.name.c_str(), CROWD_NAME) == 0)
+            if (strcasecmp(status.name.c_str(), crowdName.c_str()) == 0)
                 found.push_back(std::move(status));
         });
         return found.size();
     });
-#ifdef BENCH_PROC2
-    op.way("libproc2", [] {
+    WITH_PROC2(op.way("libproc2", [] {
         std::size_t found = 0;
-        _forEachProc2({PIDS_CMD, PIDS_ID_PID, PIDS_ID_PPID}, [&](pids_result const* result) {
-            if (strcasecmp(result->result.str, CROWD_NAME) == 0) ++found;
+        forEachProc2({PIDS_CMD, PIDS_ID_PID, PIDS_ID_PPID}, [&](pids_result const* result) {
+            if (strcasecmp(result->result.str, crowdName.c_str()) == 0) ++found;
         });
         return found;
-    });
-#endif
+    }));
     op.way("pgrep", [] {
         std::unique_ptr<FILE, decltype(&pclose)> const output(
-            popen((std::string("pgrep -ix ") + CROWD_NAME).c_str(), "re"), pclose);
+            popen(("pgrep -ix " + crowdName).c_str(), "re"), pclose);
         std::size_t found = 0;
         for (int c = 0; (c = fgetc(output.get())) != EOF;) found += c == '\n';
         return found;
     });
-    static PString const name(CROWD_NAME, P_WHOLE_STRING);
+    static PString const name(crowdName.c_str(), P_WHOLE_STRING);
     op.way(OURS, [] {
         std::vector<unsigned int> pids;
         std::vector<unsigned int> parents;

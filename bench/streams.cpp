@@ -1,5 +1,5 @@
 // Data streams: integers, strings and records, both directions, all with the most significant byte
-// first. Each peer is one small adaptor; the work is written once.
+// first. Each peer is one small adaptor in peers.h; the work is written once.
 
 #include "operation.h"
 
@@ -10,20 +10,6 @@
 #include <vector>
 
 #include <portinglayer/data_streams.h>
-
-#ifdef BENCH_ACE
-#include <ace/CDR_Stream.h>
-#include <ace/SString.h>
-#endif
-#ifdef BENCH_POCO
-#include <Poco/BinaryReader.h>
-#include <Poco/BinaryWriter.h>
-#endif
-#ifdef BENCH_QT
-#include <QByteArray>
-#include <QDataStream>
-#include <QString>
-#endif
 
 namespace {
 
@@ -155,84 +141,6 @@ struct Ours {
     PDataReader reader{bytes};
 };
 
-#ifdef BENCH_QT
-struct Qt {
-    using Text = QString;
-    static Text text(wchar_t const* s) { return QString::fromWCharArray(s); }
-
-    template <typename Value>
-    void put(Value const& value) {
-        stream << value;
-    }
-    void put(std::uint64_t value) { stream << static_cast<quint64>(value); }
-    template <typename Value>
-    void get(Value& value) {
-        stream >> value;
-    }
-    void get(std::uint64_t& value) {
-        quint64 read = 0;
-        stream >> read;
-        value = read;
-    }
-    void rewind() { stream.device()->seek(0); }
-
-    QByteArray bytes;
-    QDataStream stream{&bytes, QIODevice::ReadWrite};
-};
-#endif
-
-#ifdef BENCH_POCO
-struct Poco_ {
-    using Text = std::string;
-    static Text text(wchar_t const* s) { return {s, s + wcslen(s)}; }
-
-    template <typename Value>
-    void put(Value const& value) {
-        writer << value;
-    }
-    template <typename Value>
-    void get(Value& value) {
-        reader >> value;
-    }
-    void rewind() {
-        bytes.clear();
-        bytes.seekg(0);
-    }
-
-    std::stringstream bytes;
-    Poco::BinaryWriter writer{bytes, Poco::BinaryWriter::NETWORK_BYTE_ORDER};
-    Poco::BinaryReader reader{bytes, Poco::BinaryReader::NETWORK_BYTE_ORDER};
-};
-#endif
-
-#ifdef BENCH_ACE
-/// ACE carries the host's own order and leaves swapping to a reader of another kind.
-struct Ace {
-    using Text = ACE_CString;
-    static Text text(wchar_t const* s) { return std::string(s, s + wcslen(s)).c_str(); }
-
-    void put(std::uint16_t value) { writer.write_ushort(value); }
-    void put(std::uint32_t value) { writer.write_ulong(value); }
-    void put(std::uint64_t value) { writer.write_ulonglong(value); }
-    void put(std::int32_t value) { writer.write_long(value); }
-    void put(Text const& s) { writer.write_string(s); }
-
-    void get(std::uint16_t& value) { reader->read_ushort(value); }
-    void get(std::uint32_t& value) { reader->read_ulong(value); }
-    void get(std::uint64_t& value) { reader->read_ulonglong(value); }
-    void get(std::int32_t& value) { reader->read_long(value); }
-    void get(Text& s) { reader->read_string(s); }
-    void rewind() {
-        if (!whole) whole = std::make_unique<ACE_InputCDR>(writer);
-        reader = std::make_unique<ACE_InputCDR>(*whole);
-    }
-
-    ACE_OutputCDR writer;
-    std::unique_ptr<ACE_InputCDR> whole;
-    std::unique_ptr<ACE_InputCDR> reader;
-};
-#endif
-
 template <typename Text>
 struct Record {
     Text name;
@@ -258,26 +166,28 @@ struct Integers {
     unsigned count;
 };
 
+template <typename Stream, typename... Integer>
+void _putEach(Stream& stream, unsigned value) {
+    (stream.put(static_cast<Integer>(value)), ...);
+}
+template <typename Stream, typename... Integer>
+std::uint64_t _getEach(Stream& stream) {
+    return (_get<Integer>(stream) + ...);
+}
+
 /// The same, but in one order that is fixed in the code: nothing to do but load and swap.
 template <typename Stream>
 struct FixedIntegers {
     explicit FixedIntegers(unsigned n) : count(n) {}
     void write(Stream& stream) const {
-        for (unsigned i = 0; i < count; i += 4) {
-            _put(stream, Kind::WORD, i);
-            _put(stream, Kind::DWORD, i);
-            _put(stream, Kind::QWORD, i);
-            _put(stream, Kind::INT, i);
-        }
+        for (unsigned i = 0; i < count; i += 4)
+            _putEach<Stream, std::uint16_t, std::uint32_t, std::uint64_t, std::int32_t>(stream, i);
     }
     std::uint64_t read(Stream& stream) const {
         std::uint64_t sum = 0;
-        for (unsigned i = 0; i < count; i += 4) {
-            sum += _get<std::uint16_t>(stream);
-            sum += _get<std::uint32_t>(stream);
-            sum += _get<std::uint64_t>(stream);
-            sum += _get<std::int32_t>(stream);
-        }
+        for (unsigned i = 0; i < count; i += 4)
+            sum +=
+                _getEach<Stream, std::uint16_t, std::uint32_t, std::uint64_t, std::int32_t>(stream);
         return sum;
     }
     unsigned count;
@@ -382,28 +292,18 @@ void _addWay(Operation<std::uint64_t>& writing, Operation<std::uint64_t>& readin
     });
 }
 
-struct Limits {
-    double writing;
-    double reading;
-};
-
 template <template <typename> class Items>
-void _add(std::string const& items, Limits limits, unsigned count, std::uint64_t sum) {
+void _add(std::string const& items, unsigned count, std::uint64_t sum, Limits writingLimits = {},
+          Limits readingLimits = {}) {
     std::string const end = items + " " + std::to_string(count);
-    Operation writing("write " + end, limits.writing, sum, "std::vector by hand");
-    Operation reading("read " + end, limits.reading, sum, "std::vector by hand");
+    Operation writing("write " + end, writingLimits, sum, "std::vector by hand");
+    Operation reading("read " + end, readingLimits, sum, "std::vector by hand");
     _addWay<Items, Bare>(writing, reading, BARE, count);
     if (items.rfind("integers", 0) == 0)
         _addWay<Items, Called>(writing, reading, "by hand, called", count);
-#ifdef BENCH_QT
-    _addWay<Items, Qt>(writing, reading, "Qt", count);
-#endif
-#ifdef BENCH_POCO
-    _addWay<Items, Poco_>(writing, reading, "POCO", count);
-#endif
-#ifdef BENCH_ACE
-    _addWay<Items, Ace>(writing, reading, "ACE", count);
-#endif
+    WITH_QT((_addWay<Items, QtStream>(writing, reading, "Qt", count)));
+    WITH_POCO((_addWay<Items, PocoStream>(writing, reading, "POCO", count)));
+    WITH_ACE((_addWay<Items, AceStream>(writing, reading, "ACE", count)));
     _addWay<Items, Ours>(writing, reading, OURS, count);
 }
 
@@ -422,10 +322,15 @@ std::uint64_t _sum(unsigned count, unsigned each = 1) {
 
 void addStreams() {
     for (unsigned const count : {1000U, 16000U, 256000U})
-        _add<Integers>("integers", {1.05, 2.0}, count, _sum(count));
-    _add<FixedIntegers>("integers, fixed order", {NO_LIMIT, NO_LIMIT}, 1000, _sum(1000, 4));
-    for (unsigned const count : {100U, 1600U, 25600U}) {
-        _add<Strings>("strings", {2.5, 1.3}, count, std::uint64_t{18} * count);
-        _add<Records>("records", {2.5, 1.3}, count, std::uint64_t{25} * count);
+        _add<Integers>("integers", count, _sum(count), {.toBare = 1.05});
+    _add<FixedIntegers>("integers, fixed order", 1000, _sum(1000, 4));
+
+    Limits const writing{.toBare = 0.85, .toPeer = 1.05};
+    Limits const reading{.toBare = 1.0};
+    _add<Strings>("strings", 100, 18 * 100, writing, reading);
+    _add<Records>("records", 100, 25 * 100, writing, reading);
+    for (unsigned const count : {1600U, 25600U}) {
+        _add<Strings>("strings", count, std::uint64_t{18} * count);
+        _add<Records>("records", count, std::uint64_t{25} * count);
     }
 }

@@ -1,0 +1,96 @@
+// Between wide text and multibyte text.
+
+#include "operation.h"
+
+#include <cwchar>
+
+namespace {
+
+/// Wide text and the same in UTF-8.
+struct Both {
+    Both(std::size_t length, bool mixed) : wide(letters(length)) {
+        for (std::size_t i = 5; mixed && i < length; i += 8)
+            wide[i] = i % 3 == 0 ? L'\u6f22' : L'\u00e9';
+        utf8.resize(4 * length);
+        utf8.resize(wcstombs(utf8.data(), wide.c_str(), utf8.size()));
+    }
+    std::wstring wide;
+    std::string utf8;
+};
+
+void _addNarrowing(std::string const& name, Both const& both, double limit) {
+    auto const text = std::make_shared<Both>(both);
+    Operation op("wide to multibyte, " + name, limit, text->utf8, "wcstombs");
+    op.way(BARE, [=] {
+        std::unique_ptr<char[]> bytes(new char[text->utf8.size() + 1]);
+        wcstombs(bytes.get(), text->wide.c_str(), text->utf8.size() + 1);
+        return bytes;
+    });
+    WITH_QT(op.way("Qt (from UTF-16)",
+                   [qt = QString::fromStdWString(text->wide)] { return qt.toUtf8(); }));
+    WITH_GLIB(op.way("GLib", [=] {
+        auto const* const wide = reinterpret_cast<gunichar const*>(text->wide.c_str());
+        return GText(g_ucs4_to_utf8(wide, -1, nullptr, nullptr, nullptr));
+    }));
+    WITH_POCO(op.way("POCO", [=] {
+        std::string bytes;
+        Poco::UnicodeConverter::toUTF8(text->wide, bytes);
+        return bytes;
+    }));
+    op.way(OURS, [=] {
+        return std::unique_ptr<char[]>(
+            PLiteral::pwchar2pchar(text->wide.c_str(), text->utf8.size()));
+    });
+}
+
+void _addWidening(std::string const& name, Both const& both, double limit) {
+    auto const text = std::make_shared<Both>(both);
+    auto const asWide = [](auto const& wide) { return std::wstring(wide.get()); };
+    Operation op("multibyte to wide, " + name, limit, text->wide, "mbstowcs");
+    op.way(
+        BARE,
+        [=] {
+            std::unique_ptr<wchar_t[]> wide(new wchar_t[text->utf8.size() + 1]);
+            mbstowcs(wide.get(), text->utf8.c_str(), text->utf8.size() + 1);
+            return wide;
+        },
+        asWide);
+    WITH_QT(op.way(
+        "Qt (to UTF-16)", [=] { return QString::fromStdString(text->utf8); },
+        [](QString const& wide) { return wide.toStdWString(); }));
+    WITH_GLIB(op.way(
+        "GLib",
+        [=] {
+            return std::unique_ptr<gunichar[], GFree>(
+                g_utf8_to_ucs4(text->utf8.c_str(), -1, nullptr, nullptr, nullptr));
+        },
+        [](auto const& wide) { return std::wstring(reinterpret_cast<wchar_t*>(wide.get())); }));
+    WITH_POCO(op.way("POCO", [=] {
+        std::wstring wide;
+        Poco::UnicodeConverter::toUTF32(text->utf8, reinterpret_cast<Poco::UTF32String&>(wide));
+        return wide;
+    }));
+    op.way(
+        OURS,
+        [=] {
+            return std::unique_ptr<wchar_t[]>(
+                PLiteral::pchar2pwchar(text->utf8.c_str(), text->utf8.size()));
+        },
+        asWide);
+}
+
+}  // namespace
+
+void addConversions() {
+    struct {
+        char const* name;
+        Both text;
+        double limit;
+    } const rows[] = {
+        {"ASCII 16", {16, false}, 0.95},
+        {"ASCII 4096", {4096, false}, 0.25},
+        {"mixed 4096", {4096, true}, 1.0},
+    };
+    for (auto const& row : rows) _addNarrowing(row.name, row.text, row.limit);
+    for (auto const& row : rows) _addWidening(row.name, row.text, row.limit);
+}

@@ -1,0 +1,66 @@
+/// @file
+/// Text in the forms that the ways take and give.
+#ifndef PORTINGLAYER_BENCH_FORMS_H
+#define PORTINGLAYER_BENCH_FORMS_H
+
+#include <memory>
+#include <string>
+
+#include <portinglayer/strings.h>
+
+#include "peers.h"
+
+/// What a way gives, as bytes: the form in which texts are compared.
+template <typename Text>
+std::string bytesOf(Text const& text) {
+    return {text.begin(), text.end()};
+}
+inline std::string bytesOf(PString const& text) {
+    return {text.ptr(), text.ptr() + text.len()};
+}
+template <typename Character, typename Deleter>
+std::string bytesOf(std::unique_ptr<Character[], Deleter> const& text) {
+    return bytesOf(std::basic_string<Character>(text.get()));
+}
+
+/// One text in all the forms.
+struct Forms {
+    explicit Forms(std::wstring text)
+        : wide(std::move(text)), narrow(bytesOf(wide)), ours(wide.c_str(), wide.size()) {
+        WITH_QT(qt = QString::fromStdWString(wide));
+    }
+    char const* c() const { return narrow.c_str(); }
+
+    std::wstring wide;
+    std::string narrow;
+    PString ours;
+    WITH_QT(QString qt;)
+};
+
+/// Small letters and spaces, the same in every run.
+std::wstring letters(std::size_t length);
+
+/// Trimmed with the standard library.
+inline std::wstring trimmed(std::wstring text) {
+    text.erase(text.find_last_not_of(L" \t\r\n") + 1);
+    text.erase(0, text.find_first_not_of(L" \t\r\n"));
+    return text;
+}
+
+/// What an operation of the library hands out through its last argument.
+template <typename Out, typename Operation, typename... In>
+Out out(Operation operation, In const&... in) {
+    Out result{};
+    (void)operation(in..., result);
+    return result;
+}
+
+/// The number of characters in all texts of a list.
+template <typename List>
+std::size_t charactersIn(List const& list) {
+    std::size_t characters = 0;
+    for (auto const& text : list) characters += static_cast<std::size_t>(text.size());
+    return characters;
+}
+
+#endif
