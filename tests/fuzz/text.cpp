@@ -41,28 +41,43 @@ void _parse(std::wstring const& s, wchar_t separator) {
     delete[] bytes;
 }
 
+/// Makes one edit in both and compares what comes of it.
+void _edit(PString& ours, std::wstring& model, unsigned operation, unsigned long pos,
+           unsigned long n) {
+    std::wstring const spaces(n, L' ');
+    int code = PERR_OK;
+    bool valid = true;
+    switch (operation) {
+    case 0:
+        code = ours.cat(spaces.data(), n);
+        model += spaces;
+        break;
+    case 1:
+        code = ours.insert(pos, spaces.data(), n);
+        valid = pos <= model.size();
+        if (valid) model.insert(pos, spaces);
+        break;
+    case 2:
+        code = ours.erase(pos, n);
+        valid = pos <= model.size() && n <= model.size() - pos;
+        if (valid) model.erase(pos, n);
+        break;
+    default:
+        code = ours.stripall();
+        std::erase_if(model, [](wchar_t c) { return c != 0 && wcschr(L"\t\n\r ", c); });
+    }
+    _must(code == (valid ? PERR_OK : PERR_INVALID_ARGUMENT));
+    _must(std::wstring(ours.len() != 0 ? ours.ptr() : L"", ours.len()) == model);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size) {
     if (size < 4) return 0;
-    std::wstring text(input, input + size);
-    _parse(std::wstring(text.c_str()), static_cast<wchar_t>(input[0]));
-    PString ours(text.data(), size);
-    for (std::size_t i = 0; i + 2 < size && i < 60; i += 3) {
-        unsigned long const n = input[i + 2] % 16;
-        unsigned int const operation = input[i] % 4;
-        unsigned long const pos = operation % 3 == 0 ? text.size() : input[i + 1] % 64;
-        bool const valid = pos <= text.size() && (operation != 2 || n <= text.size() - pos);
-        int const code = operation == 0   ? ours.cat(std::wstring(n, L' ').data(), n)
-                         : operation == 1 ? ours.insert(pos, std::wstring(n, L' ').data(), n)
-                         : operation == 2 ? ours.erase(pos, n)
-                                          : ours.stripall();
-        _must(code == (valid ? PERR_OK : PERR_INVALID_ARGUMENT));
-        if (operation < 2 && valid) text.insert(pos, n, L' ');
-        if (operation == 2 && valid) text.erase(pos, n);
-        if (operation == 3)
-            std::erase_if(text, [](wchar_t c) { return c != 0 && wcschr(L"\t\n\r ", c); });
-        _must(std::wstring(ours.len() != 0 ? ours.ptr() : L"", ours.len()) == text);
-    }
+    std::wstring model(input, input + size);
+    _parse(std::wstring(model.c_str()), static_cast<wchar_t>(input[0]));
+    PString ours(model.data(), size);
+    for (std::size_t i = 0; i + 2 < size && i < 60; i += 3)
+        _edit(ours, model, input[i] % 4, input[i + 1] % 64, input[i + 2] % 16);
     return 0;
 }
