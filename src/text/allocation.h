@@ -7,9 +7,9 @@
 #include <new>
 
 /// Allocates `first + second + spare` uninitialised characters with array new. Null when no memory
-/// is left, and when the sum wraps or is more than any object can hold.
+/// is left, and when the sum wraps or is more than any object can hold. Inline, or copies call it.
 template <typename Character>
-Character* _newText(std::size_t first, std::size_t second, std::size_t spare) {
+inline Character* _newText(std::size_t first, std::size_t second, std::size_t spare) {
     constexpr std::size_t MOST = PTRDIFF_MAX / sizeof(Character);
     if (spare > MOST || first > MOST - spare || second > MOST - spare - first) return nullptr;
     try {

@@ -13,7 +13,7 @@
 PLiteral::PLiteral() : text(nullptr), length(0) {
 }
 
-PLiteral::PLiteral(wchar_t const* s) : text(s), length(_measured(s, P_WHOLE_STRING)) {
+PLiteral::PLiteral(wchar_t const* s) : text(s), length(_measured(s)) {
 }
 
 PLiteral::PLiteral(PLiteral const& o) = default;
@@ -33,7 +33,7 @@ PLiteral& PLiteral::operator=(PLiteral const& o) {
 PLiteral& PLiteral::operator=(wchar_t const* s) {
     if (s == text) return *this;  // not measured anew: callers rely on reading the old length back
     text = s;
-    length = _measured(s, P_WHOLE_STRING);
+    length = _measured(s);
     return *this;
 }
 
@@ -65,37 +65,37 @@ bool PLiteral::operator==(PLiteral const& o) const {
     return cmp(o) == 0;
 }
 bool PLiteral::operator==(wchar_t const* s) const {
-    return cmp(PLiteral(s)) == 0;
+    return cmp(s, _measured(s)) == 0;
 }
 bool PLiteral::operator!=(PLiteral const& o) const {
     return cmp(o) != 0;
 }
 bool PLiteral::operator!=(wchar_t const* s) const {
-    return cmp(PLiteral(s)) != 0;
+    return cmp(s, _measured(s)) != 0;
 }
 bool PLiteral::operator<(PLiteral const& o) const {
     return cmp(o) < 0;
 }
 bool PLiteral::operator<(wchar_t const* s) const {
-    return cmp(PLiteral(s)) < 0;
+    return cmp(s, _measured(s)) < 0;
 }
 bool PLiteral::operator<=(PLiteral const& o) const {
     return cmp(o) <= 0;
 }
 bool PLiteral::operator<=(wchar_t const* s) const {
-    return cmp(PLiteral(s)) <= 0;
+    return cmp(s, _measured(s)) <= 0;
 }
 bool PLiteral::operator>(PLiteral const& o) const {
     return cmp(o) > 0;
 }
 bool PLiteral::operator>(wchar_t const* s) const {
-    return cmp(PLiteral(s)) > 0;
+    return cmp(s, _measured(s)) > 0;
 }
 bool PLiteral::operator>=(PLiteral const& o) const {
     return cmp(o) >= 0;
 }
 bool PLiteral::operator>=(wchar_t const* s) const {
-    return cmp(PLiteral(s)) >= 0;
+    return cmp(s, _measured(s)) >= 0;
 }
 
 PLiteral::operator char*() const {

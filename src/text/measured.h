@@ -8,7 +8,7 @@
 #include <portinglayer/strings.h>
 
 /// The length that `n` stands for; nothing of a null text is read.
-inline unsigned long _measured(wchar_t const* s, unsigned long n) {
+inline unsigned long _measured(wchar_t const* s, unsigned long n = P_WHOLE_STRING) {
     if (s == nullptr) return 0;
     return n == P_WHOLE_STRING ? wcslen(s) : n;
 }
