@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,7 +24,7 @@ inline unsigned char* _extend(std::vector<unsigned char>& stream, std::size_t co
 
 /// Appends what was read to a list.
 template <typename Item>
-int _appendRead(std::vector<Item>& list, Item&& item) noexcept {
+int _appendRead(std::vector<Item>& list, std::type_identity_t<Item>&& item) noexcept {
     try {
         list.push_back(std::move(item));
     } catch (std::bad_alloc const&) {

@@ -20,6 +20,7 @@ bool _copyAscii(To* to, From const* from, std::size_t count) {
     using Bits = std::make_unsigned_t<From>;
     Bits seen = 0;
     for (std::size_t i = 0; i < count; ++i) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character
         auto const c = static_cast<Bits>(from[i]);
         seen |= c | static_cast<Bits>(c - 1U);  // high bits, also of a zero
         to[i] = static_cast<To>(c);
