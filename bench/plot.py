@@ -1,12 +1,15 @@
 #!/usr/bin/python3
-"""Draws one picture for each family from a saved run: plot.py RUN FOLDER
+"""Draws one picture for each family from a saved run: plot.py RUN DOCUMENT
 
 Each row is an operation; the dots are this library's time to the bare way's and to the best peer's,
-the ticks are the limits. Left of 1 the library is ahead. The run is kept beside the pictures.
+the ticks are the limits. Left of 1 the library is ahead. Pictures and run are kept in the folder
+charts beside the document, in which the pictures and the table of the run (RUN with the ending .md)
+replace what stands between its marks.
 """
 
 import csv
 import pathlib
+import re
 import shutil
 import sys
 
@@ -50,6 +53,7 @@ def read(run):
 
 
 def draw(family, operations, file):
+    operations = [operation for operation in operations if any(operation.ratios())]
     figure, axes = pyplot.subplots(figsize=(9, 0.9 + 0.3 * len(operations)), layout="constrained")
     kinds = (("to bare", BLUE, "o", 0.12), ("to the best peer", ORANGE, "D", -0.12))
     for which, (label, colour, marker, shift) in enumerate(kinds):
@@ -76,13 +80,24 @@ def draw(family, operations, file):
     pyplot.close(figure)
 
 
+def replace(document, mark, content):
+    marked = re.compile(f"(<!-- {mark} -->\n).*(<!-- end of {mark} -->)", re.DOTALL)
+    text = document.read_text(encoding="utf-8")
+    document.write_text(marked.sub(lambda m: m[1] + content + m[2], text), encoding="utf-8")
+
+
 def main():
-    run, folder = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
-    folder.mkdir(parents=True, exist_ok=True)
+    run, document = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    folder = document.parent / "charts"
+    folder.mkdir(exist_ok=True)
+    pictures = ""
     for family, operations in read(run).items():
-        draw(family, operations, folder / f"{family.replace(' ', '_')}.svg")
-    if run.resolve() != (folder / "results.tsv").resolve():
-        shutil.copyfile(run, folder / "results.tsv")
+        name = f"{family.replace(' ', '_')}.svg"
+        draw(family, operations, folder / name)
+        pictures += f"![{family}](charts/{name})\n\n"
+    replace(document, "pictures", pictures)
+    replace(document, "table", run.with_suffix(".md").read_text(encoding="utf-8"))
+    shutil.copyfile(run, folder / "results.tsv")
 
 
 if __name__ == "__main__":

@@ -98,8 +98,14 @@ void save(Results const& results, std::string const& file) {
     for (OperationInfo const& operation : operations()) {
         auto const medians = results.find(operation.name);
         if (medians == results.end()) continue;
+        // A limit in time stands in a picture as one to the first way.
+        Limits const& limits = operation.limits;
+        auto const bare = medians->second.find(BARE);
+        double const toBare = limits.nanoseconds > 0 && bare != medians->second.end()
+                                  ? limits.nanoseconds / bare->second
+                                  : limits.toBare;
         for (auto const& [way, time] : medians->second)
-            out << operation.family << '\t' << operation.name << '\t' << operation.limits.toBare
-                << '\t' << operation.limits.toPeer << '\t' << way << '\t' << time << '\n';
+            out << operation.family << '\t' << operation.name << '\t' << toBare << '\t'
+                << limits.toPeer << '\t' << way << '\t' << time << '\n';
     }
 }
