@@ -57,9 +57,9 @@ int _strToNumber(PLiteral const& s, wchar_t const* format, T& out) {
 /// two thirds of the time of `std::to_chars` and widening what that gives.
 constexpr auto DIGIT_PAIRS = [] {
     std::array<wchar_t[2], 100> pairs{};
-    for (int i = 0; i < 100; ++i) {
-        pairs[i][0] = L'0' + i / 10;
-        pairs[i][1] = L'0' + i % 10;
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[i][0] = L'0' + static_cast<wchar_t>(i / 10);
+        pairs[i][1] = L'0' + static_cast<wchar_t>(i % 10);
     }
     return pairs;
 }();

@@ -109,7 +109,8 @@ TEST_P(InLocale, BytesBecomeTheWideTextOfTheCLibrary) {
     for (int round = 0; round < 30'000 && !HasFailure(); ++round) {
         std::string const bytes = _randomBytes(random);
         std::size_t const limit = random() % (bytes.size() + 2);
-        bool const ascii = std::all_of(bytes.begin(), bytes.end(), [](signed char c) { return c > 0; });
+        bool const ascii =
+            std::all_of(bytes.begin(), bytes.end(), [](signed char c) { return c > 0; });
         std::size_t const all = bytes.size() + 1;
         bool const exact = ascii && GetParam()[0] == 'C';  // only then are as many bytes read
         _expectAsTheCLibrary(mbstowcs, PLiteral::pchar2pwchar, bytes, limit,
