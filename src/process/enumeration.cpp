@@ -37,15 +37,15 @@ void _keepLastPart(PString& path) {
     if (path.chr(L'/', slash, true, false) == PERR_OK) (void)path.erase(0, slash + 1);
 }
 
-/// The last part of the path with which a process was started, empty when the locale cannot convert
-/// it. PERR_NOT_FOUND when the system does not tell; PERR_NO_MEMORY.
+/// The last part of the path with which a process was started. PERR_NOT_FOUND when the system does
+/// not tell, PERR_CONVERSION when the locale cannot convert it; PERR_NO_MEMORY.
 int _readProgramName(unsigned int processId, PString& name) {
     ProcFile arguments(ProcPath(processId, "cmdline"));
     char const* const first = arguments.isOpen() ? arguments.nextLine() : nullptr;
     if (first == nullptr) return PERR_NOT_FOUND;
-    if (_convertText(first, name) == PERR_NO_MEMORY) return PERR_NO_MEMORY;
-    _keepLastPart(name);
-    return PERR_OK;
+    int const result = _convertText(first, name);
+    if (result == PERR_OK) _keepLastPart(name);
+    return result;
 }
 
 bool _equalIgnoringCase(PString const& a, PString const& b) {

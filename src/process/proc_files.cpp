@@ -54,7 +54,6 @@ void _readNumber(char const* line, unsigned int& value) {
 
 int _convertText(char const* text, PString& out) {
     wchar_t characters[ProcFile::LINE_BYTES];
-    out.clear();
     std::size_t const count = _widen(characters, text, ProcFile::LINE_BYTES);
     return count == MULTIBYTE_FAILED ? PERR_CONVERSION : out.set(characters, count);
 }

@@ -88,7 +88,7 @@ private:
 void _readNumber(char const* line, unsigned int& value);
 
 /// Makes characters of a terminated text of at most 255 bytes, exactly as many as it has.
-/// PERR_CONVERSION where the locale cannot, PERR_NO_MEMORY; either leaves `out` empty.
+/// PERR_CONVERSION where the locale cannot, with `out` left alone; PERR_NO_MEMORY, with `out` empty.
 int _convertText(char const* text, PString& out);
 
 /// Reads the name of a "Name:" line without the white space around it, cutting the line at its end;

@@ -101,3 +101,17 @@ TEST(ProcessFind, MissesScriptsWithLongNames) {
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned(name), pids, parents));
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(cut, pids, parents));
 }
+
+TEST(ProcessFind, MissesAZombieWhoseNameWasCut) {
+    Scratch const scratch;
+    std::string const name = ("Z" + std::to_string(getpid()) + "-ended-at-once").substr(0, 15);
+    ASSERT_EQ(0, symlink("/bin/true", scratch.path(name).c_str()));
+    Child const parent(shell(scratch.path(name) + " & exec sleep 60"), "/bin/sh");
+    Ids zombies, pids, parents;
+    bool running = true;
+    EXPECT_TRUE(eventually([&] {
+        return PProcess::getChildPID(parent.pid, zombies) == PERR_OK &&
+               PProcess::isRunning(zombies[0], running) == PERR_OK && !running;
+    }));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned(name), pids, parents));
+}
