@@ -60,7 +60,7 @@ int _openFor(PFileLock& lock, char const* path) {
     for (;;) {
         unsigned int const forks = HeldLocks::forks();
         Descriptor file(_uninterrupted([&] { return _open(path); }));
-        if (!file.isOpen()) return NONE;
+        if (!file.isOpen() || !_leaveStandardStreams(file)) return NONE;
         if (HeldLocks::add(lock, file.get(), forks)) return file.release();
     }
 }

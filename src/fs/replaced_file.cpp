@@ -28,7 +28,7 @@ int _enter(ReplacedFile& at, std::string const& path) {
     int const from = at.folder.isOpen() ? at.folder.get() : AT_FDCWD;
     Descriptor opened(_uninterrupted(
         [&] { return openat(from, folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!opened.isOpen()) return _openFailure(errno);
+    if (!opened.isOpen() || !_leaveStandardStreams(opened)) return _openFailure(errno);
     at.folder = std::move(opened);
     return at.name.empty() ? PERR_REFUSED : PERR_OK;  // only folders have a slash behind them
 }
@@ -88,8 +88,10 @@ int _createBeside(ReplacedFile const& replaced, std::string& name, Descriptor& f
             return openat(replaced.folder.get(), name.c_str(),
                           O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         }));
-        if (file.isOpen()) return PERR_OK;
-        if (errno != EEXIST) return _openFailure(errno);
+        if (file.isOpen() && _leaveStandardStreams(file)) return PERR_OK;
+        int const error = errno;
+        if (file.isOpen()) (void)unlinkat(replaced.folder.get(), name.c_str(), 0);
+        if (file.isOpen() || error != EEXIST) return _openFailure(error);
     }
     return PERR_SYSTEM;
 }

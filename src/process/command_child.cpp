@@ -9,8 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "fs/descriptor.h"
 #include "fs/uninterrupted.h"
-#include "process/pipe.h"
 #include "process/process_group.h"
 #include "sync/uncancelled.h"
 

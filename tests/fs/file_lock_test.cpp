@@ -3,6 +3,7 @@
 #include <memory>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -202,6 +203,19 @@ TEST(FileLock, IsNotHeldByAForkedChild) {
     EXPECT_EQ(0, child.wait());
     EXPECT_CODE(PERR_LOCKED, PFileLock().lock(name.c_str(), 0));
     EXPECT_CODE(PERR_OK, lock.unlock());
+}
+
+TEST(FileLock, IsNotTakenForAStandardStreamThatIsClosed) {
+    Scratch scratch;
+    ChildRun closed([&] {
+        for (int const stream : {0, 1, 2}) (void)close(stream);
+        PFileLock lock;
+        if (lock.lock(scratch.wpath("f").c_str(), 0) != PERR_OK) return 1;
+        for (int const stream : {0, 1, 2})
+            if (fcntl(stream, F_GETFD) != -1) return 2;
+        return PFileLock().lock(scratch.wpath("f").c_str(), 0) == PERR_LOCKED ? 0 : 3;
+    });
+    EXPECT_EQ(0, closed.wait());
 }
 
 TEST(FileLock, IsThatOfTheFileThatStandsUnderTheNameNow) {

@@ -224,3 +224,18 @@ TEST(Replacement, StaysWithItsProcessAcrossAFork) {
     EXPECT_EQ("new", scratch.read("file"));
     EXPECT_EQ(1U, _entries(scratch.dir()));
 }
+
+TEST(Replacement, TakesNothingThatIsPrintedToAClosedStream) {
+    Scratch scratch;
+    ChildRun closed([&] {
+        for (int const stream : {0, 1, 2}) (void)close(stream);
+        PReplacement replacement;
+        if (replacement.begin(scratch.wpath("file").c_str()) != PERR_OK) return 1;
+        for (int const stream : {0, 1, 2})
+            if (::write(stream, "printed", 7) != -1) return 2;
+        if (replacement.write("new", 3) != PERR_OK) return 3;
+        return replacement.commit() == PERR_OK ? 0 : 4;
+    });
+    EXPECT_EQ(0, closed.wait());
+    EXPECT_EQ("new", scratch.read("file"));
+}
