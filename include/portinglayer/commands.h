@@ -32,13 +32,18 @@ struct PEnding {
 /// **Groups.** Unless `setForeground` says otherwise the child leads a process group of its own, which
 /// what it starts belongs to as well. There the queries of PProcess, which collect every ended child
 /// of the caller's group, never take its ending.
-/// @warning Who collects any child (`waitpid(-1)`), or ignores SIGCHLD, takes endings away: `wait` and
-///          `end` then give PERR_NO_PROCESS. Collect children by their ids, and leave SIGCHLD be.
+/// @warning Who collects any child (`waitpid(-1)`), gives the id to `PProcess::kill`, or ignores
+///          SIGCHLD, takes endings away: `wait` and `end` then give PERR_NO_PROCESS. Collect children
+///          by their ids, signal this one by `signal`, and leave SIGCHLD be.
 ///
-/// Threads: one thread at a time, but that four may work at once on a child that was started: one for
-/// `writeInput` and `closeInput`, one for `readOutput`, one for `readErrors`, and one for `wait`, with
-/// `signal` from any. Signals that come to the caller end no operation early. What blocks is a
-/// cancellation point; a cancelled thread leaves the object usable, and a child runs on.
+/// Threads: one thread at a time, but that four may work at once on a child that was started: one
+/// for `writeInput` and `closeInput`, one for `readOutput`, one for `readErrors`, and one for
+/// `wait`, with `signal` from any. Signals that come to the caller end no operation early. What
+/// blocks is a cancellation point; a cancelled thread leaves the object usable, and a child runs
+/// on, without its streams where it was in `run`.
+/// Children: a forked child holds nothing; `wait` and `end` give PERR_NO_PROCESS there. But it has
+/// the ends of the pipes until its copy of the object is gone: until then `closeInput` of the
+/// parent does not end the input of the program.
 class PORTINGLAYER_EXPORT PCommand {
 public:
     static constexpr unsigned int FOREVER = 4294967295U;  ///< as a time: without a limit

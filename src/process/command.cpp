@@ -179,9 +179,10 @@ int PCommand::run(std::string const& input, std::string& output, std::string& er
     int const started = state->start({PIPED, PIPED, PIPED});
     if (started != PERR_OK) return started;
 
-    CommandExchange exchange(state->streams, state->child.descriptor(), input);
+    // Its own, so that a thread that is cancelled leaves none behind that does not block.
+    CommandStreams streams(std::move(state->streams));
+    CommandExchange exchange(streams, state->child.descriptor(), input);
     int const code = exchange.go(until);
-    state->streams = CommandStreams();
     int const killed = code == PERR_OK ? PERR_OK : state->child.kill();
 
     PEnding how{};

@@ -1,5 +1,10 @@
 // Commands: how they are awaited and ended.
 #include <chrono>
+#include <fstream>
+#include <iterator>
+
+#include <pthread.h>
+#include <sys/syscall.h>
 
 #include <process/commands.h>
 #include <support/child_run.h>
@@ -92,6 +97,35 @@ TEST(CommandEnd, InTheForegroundMeetsTheChildAlone) {
     EXPECT_EQ("left\n", shell.read());
 }
 
+TEST(CommandEnd, WaitsForAProcessWhoseFirstThreadIsGone) {
+    Command sleeping(L"sleep", {L"60"});
+    ASSERT_CODE(PERR_OK, sleeping.start());
+    ChildRun member([&] {
+        sigset_t end;
+        (void)sigemptyset(&end);
+        (void)sigaddset(&end, SIGTERM);
+        (void)pthread_sigmask(SIG_BLOCK, &end, nullptr);
+        if (setpgid(0, static_cast<pid_t>(sleeping.getPID())) != 0) return 1;
+        std::thread([end] {
+            int number = 0;
+            (void)sigwait(&end, &number);
+            std::this_thread::sleep_for(milliseconds(200));
+            _exit(7);
+        }).detach();
+        return static_cast<int>(syscall(SYS_exit, 0));  // this thread alone
+    });
+    siginfo_t none{};
+    EXPECT_TRUE(eventually([&] {
+        std::ifstream stat("/proc/" + std::to_string(member.pid) + "/stat");
+        std::string const line{std::istreambuf_iterator<char>(stat), {}};
+        return line.find(") Z") != std::string::npos;
+    }));
+    EXPECT_EQ(0, waitid(P_PID, static_cast<id_t>(member.pid), &none, WEXITED | WNOHANG | WNOWAIT));
+    EXPECT_EQ(0, none.si_pid) << "it runs";
+    EXPECT_CODE(PERR_OK, sleeping.end(sleeping.ending, 20'000));
+    EXPECT_EQ(7, member.wait());
+}
+
 TEST(CommandRun, FeedsAndReadsAnySizesAtOnceAndBearsInputThatNobodyReads) {
     std::string const much(1 << 20, 'x');
     Command tee(L"tee", {L"/dev/stderr"}), nothing(L"true"), some(L"head", {L"-c3"}), none(L"/no");
@@ -103,6 +137,25 @@ TEST(CommandRun, FeedsAndReadsAnySizesAtOnceAndBearsInputThatNobodyReads) {
     EXPECT_CODE(PERR_OK, some.wait(some.ending, 0));
     EXPECT_CODE(PERR_NO_SUCH_FILE, none.run(much, none.output, none.errors, none.ending, FOREVER));
     EXPECT_EQ("kept", none.output);
+}
+
+TEST(CommandRun, LeavesTheChildButNotItsStreamsWhenItsThreadIsCancelled) {
+    Shell shell(L"exec sleep 60");
+    pthread_t running;
+    auto* const run = +[](void* place) -> void* {
+        auto& ours = *static_cast<Shell*>(place);
+        (void)ours.run("in", ours.output, ours.errors, ours.ending, FOREVER);
+        return nullptr;
+    };
+    ASSERT_EQ(0, pthread_create(&running, nullptr, run, &shell));
+    std::this_thread::sleep_for(milliseconds(200));
+    EXPECT_EQ(0, pthread_cancel(running));
+    void* result = nullptr;
+    EXPECT_EQ(0, pthread_join(running, &result));
+    EXPECT_EQ(PTHREAD_CANCELED, result);
+    EXPECT_CODE(PERR_NOT_OPEN, shell.writeInput("x", 1));
+    EXPECT_EQ("kept", shell.output);
+    EXPECT_CODE(PERR_PROCESS_RUNNING, shell.wait(shell.ending, 0));
 }
 
 TEST(CommandRun, KillsTheGroupAtItsLimitAndTellsWhatCameUntilThen) {
