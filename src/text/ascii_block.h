@@ -39,11 +39,7 @@ inline bool _narrowAsciiBlock(char* to, wchar_t const* from) {
     return true;
 }
 
-/// Widens a block. False, and nothing is written, when one of its bytes is not ASCII.
-inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
-    __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
-    if (_mm_movemask_epi8(bytes) != 0) return false;
-
+inline void _widenBytes(wchar_t* to, __m128i bytes) {
     __m128i const zero = _mm_setzero_si128();
     __m128i const low = _mm_unpacklo_epi8(bytes, zero);
     __m128i const high = _mm_unpackhi_epi8(bytes, zero);
@@ -52,7 +48,31 @@ inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
     _mm_storeu_si128(words + 1, _mm_unpackhi_epi16(low, zero));
     _mm_storeu_si128(words + 2, _mm_unpacklo_epi16(high, zero));
     _mm_storeu_si128(words + 3, _mm_unpackhi_epi16(high, zero));
+}
+
+/// Widens a block. False, and nothing is written, when one of its bytes is not ASCII.
+inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
+    __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
+    if (_mm_movemask_epi8(bytes) != 0) return false;
+
+    _widenBytes(to, bytes);
     return true;
+}
+
+/// Narrows a block as far as its characters are ASCII and not 0. Returns a bit for each of the others,
+/// the lowest for the first; what is written from there on means nothing.
+inline unsigned _narrowAsciiFront(char* to, wchar_t const* from) {
+    __m128i const bytes = _bytesOf(from);
+    __m128i const zeros = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(bytes, zeros)));
+}
+
+/// Widens a block as far as its bytes are ASCII. Returns a bit for each of the others, as above.
+inline unsigned _widenAsciiFront(wchar_t* to, char const* from) {
+    __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
+    _widenBytes(to, bytes);
+    return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
 /// At which of sixteen places the first character and, behind them, the last are the given ones: the
@@ -102,6 +122,24 @@ inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
         if (static_cast<unsigned char>(from[i]) >= 0x80U) return false;
     for (std::size_t i = 0; i < ASCII_BLOCK; ++i) to[i] = static_cast<wchar_t>(from[i]);
     return true;
+}
+
+inline unsigned _narrowAsciiFront(char* to, wchar_t const* from) {
+    unsigned others = 0;
+    for (std::size_t i = 0; i < ASCII_BLOCK; ++i) {
+        to[i] = static_cast<char>(from[i]);
+        if (static_cast<std::uint32_t>(from[i]) - 1U >= 0x7FU) others |= 1U << i;
+    }
+    return others;
+}
+
+inline unsigned _widenAsciiFront(wchar_t* to, char const* from) {
+    unsigned others = 0;
+    for (std::size_t i = 0; i < ASCII_BLOCK; ++i) {
+        to[i] = static_cast<wchar_t>(from[i]);
+        if (static_cast<unsigned char>(from[i]) >= 0x80U) others |= 1U << i;
+    }
+    return others;
 }
 
 inline bool _among(wchar_t c, wchar_t wanted) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -11,70 +12,67 @@
 #include "text/adopted_text.h"
 #include "text/allocation.h"
 #include "text/ascii_block.h"
+#include "text/ascii_run.h"
 #include "text/utf8_codec.h"
 
 namespace {
 
 constexpr std::ptrdiff_t BLOCK = ASCII_BLOCK;
-constexpr std::size_t COUNTED_AT_ONCE = 0x10000;  // a 32-bit sum is safe for so many
+constexpr std::size_t PART = 1024;     // characters that are encoded at once, on the stack
+constexpr std::size_t SHORT = 256;     // bytes that are decoded on the stack at first
+constexpr std::size_t MOST_BYTES = 4;  // of a character
+constexpr std::size_t PART_BYTES = PART * MOST_BYTES + ASCII_BLOCK;
 
-/// How many bytes a text needs beyond one for each character.
-struct Surplus {
-    unsigned long bytes;
-    bool refused;  ///< a character has no form
-};
-
-/// Without a branch, so that several characters are looked at in one step.
-Surplus _surplusOfPart(wchar_t const* s, std::size_t count) {
-    std::uint32_t bytes = 0;
-    std::uint32_t refused = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        auto const c = static_cast<std::uint32_t>(s[i]);
-        bytes += std::uint32_t{c > 0x7F} + std::uint32_t{c > 0x7FF} + std::uint32_t{c > 0xFFFF};
-        refused |= std::uint32_t{c - 0xD800 < 0x800} | std::uint32_t{c > 0x10FFFF};
-    }
-    return {bytes, refused != 0};
-}
-
-Surplus _surplus(PLiteral const& text) {
-    Surplus whole{0, false};
-    wchar_t const* const s = text.ptr();
-    for (std::size_t at = 0; at < text.len() && !whole.refused; at += COUNTED_AT_ONCE) {
-        auto const part = _surplusOfPart(s + at, std::min(COUNTED_AT_ONCE, text.len() - at));
-        whole.bytes += part.bytes;
-        whole.refused = part.refused;
-    }
-    return whole;
-}
-
-/// Encodes characters that have a form into room for all of them.
-void _encode(wchar_t const* from, wchar_t const* const end, char* to, char const* const toEnd) {
-    while (from != end) {
-        while (end - from >= BLOCK && _narrowAsciiBlock(to, from)) {
-            from += BLOCK;
-            to += BLOCK;
+/// Encodes one character behind the other. Null at one that has no form, else the end of what was written.
+char* _encodeEach(char* to, wchar_t const* from, wchar_t const* const end) {
+    for (; from != end; ++from) {
+        std::uint32_t const c = _codePoint(*from);
+        if (c < 0x80) {
+            *to++ = static_cast<char>(c);
+            continue;
         }
-        wchar_t const* const pause = from + std::min(end - from, BLOCK);
-        for (; from != pause; ++from) {
-            auto const c = static_cast<std::uint32_t>(*from);
-            if (c < 0x80)
-                *to++ = static_cast<char>(c);
-            else
-                to += _encodeUtf8(to, toEnd, c);
-        }
+        std::ptrdiff_t const bytes = _encodeUtf8(to, to + MOST_BYTES, c);
+        if (bytes == 0) return nullptr;
+        to += bytes;
     }
+    return to;
 }
 
-/// The bytes that begin a character: as many as there are characters, where all are well-formed.
-std::size_t _leads(char const* s, std::size_t n) {
-    std::size_t whole = 0;
-    for (std::size_t at = 0; at < n; at += COUNTED_AT_ONCE) {
-        std::size_t const count = std::min(COUNTED_AT_ONCE, n - at);
-        std::uint32_t part = 0;
-        for (std::size_t i = 0; i < count; ++i) part += std::uint32_t{!_continuesUtf8(s + at + i)};
-        whole += part;
+/// As above, into room for a block more than what the characters can take.
+char* _encodePart(char* to, wchar_t const* from, wchar_t const* const end) {
+    std::size_t const run = _narrowAsciiRun(to, from, static_cast<std::size_t>(end - from));
+    to += run;
+    from += run;
+    while (end - from >= BLOCK) {
+        unsigned const others = _narrowAsciiFront(to, from);
+        std::ptrdiff_t const ascii = others == 0 ? BLOCK : std::countr_zero(others);
+        wchar_t const* behind = from + std::bit_width(others);  // the last of them
+        to += ascii;
+        from += ascii;
+        if (others == 0) continue;
+        while (behind != end && _codePoint(*behind) >= 0x80) ++behind;
+        to = _encodeEach(to, from, behind);
+        if (to == nullptr) return nullptr;
+        from = behind;
     }
-    return whole;
+    return _encodeEach(to, from, end);
+}
+
+/// Part by part through `part`.
+int _encodeLong(PLiteral const& text, char* part, std::string& bytes) {
+    wchar_t const* const end = text.ptr() + text.len();
+    std::string whole;
+    for (wchar_t const* from = text.ptr(); from != end;) {
+        wchar_t const* const pause = from + std::min(end - from, std::ptrdiff_t{PART});
+        char const* const partEnd = _encodePart(part, from, pause);
+        if (partEnd == nullptr) return PERR_BAD_FORMAT;
+        auto const made = static_cast<std::size_t>(partEnd - part);
+        if (whole.empty()) whole.reserve((text.len() / PART + 1) * made);  // if all is like it
+        whole.append(part, made);
+        from = pause;
+    }
+    bytes.swap(whole);
+    return PERR_OK;
 }
 
 /// The bytes that a character has by its first one, which is not ASCII.
@@ -84,39 +82,70 @@ std::ptrdiff_t _announced(char const* s) {
     return lead < 0xF0 ? 3 : 4;
 }
 
-/// Decodes into room for as many characters as there are bytes that begin one. False at the first
-/// that is not well-formed.
-bool _decode(char const* from, char const* const end, wchar_t* to) {
-    while (from != end) {
-        while (end - from >= BLOCK && _widenAsciiBlock(to, from)) {
-            from += BLOCK;
-            to += BLOCK;
-        }
-        char const* const pause = from + std::min(end - from, BLOCK);
-        while (from < pause) {
-            std::uint32_t c = _utf8Byte(from);
-            std::ptrdiff_t bytes = 1;
-            if (c >= 0x80) bytes = _announced(from) > end - from ? 0 : _decodeUtf8(from, c);
-            if (bytes == 0) return false;
-            from += bytes;
-            *to++ = static_cast<wchar_t>(c);
-        }
-    }
+/// Decodes one character behind the other up to the next that is ASCII with a block behind it. False at
+/// the first that is not well-formed.
+bool _decodeOthers(wchar_t*& to, char const*& from, char const* const end) {
+    do {
+        std::uint32_t c = _utf8Byte(from);
+        std::ptrdiff_t bytes = 1;
+        if (c >= 0x80) bytes = _announced(from) > end - from ? 0 : _decodeUtf8(from, c);
+        if (bytes == 0) return false;
+        from += bytes;
+        *to++ = static_cast<wchar_t>(c);
+    } while (from != end && (_utf8Byte(from) >= 0x80 || end - from < BLOCK));
     return true;
+}
+
+/// Decodes into room for as many characters as there are bytes. Null where they are not well-formed,
+/// else the end of what was written.
+wchar_t* _decode(wchar_t* to, char const* from, char const* const end) {
+    std::size_t const run = _widenAsciiRun(to, from, static_cast<std::size_t>(end - from));
+    to += run;
+    from += run;
+    while (from != end) {
+        if (end - from >= BLOCK) {
+            unsigned const others = _widenAsciiFront(to, from);
+            std::ptrdiff_t const ascii = others == 0 ? BLOCK : std::countr_zero(others);
+            to += ascii;
+            from += ascii;
+            if (others == 0) continue;
+        }
+        if (!_decodeOthers(to, from, end)) return nullptr;
+    }
+    return to;
+}
+
+/// How many bytes more than characters a text takes; -1 where one has no form.
+long _surplus(PLiteral const& text) {
+    long bytes = 0;
+    for (wchar_t const* s = text.ptr(); s != text.ptr() + text.len(); ++s) {
+        std::uint32_t const c = _codePoint(*s);
+        if (c < 0x80) continue;
+        std::ptrdiff_t const length = _utf8Length(c);
+        if (length == 0) return -1;
+        bytes += length - 1;
+    }
+    return bytes;
+}
+
+/// A copy with room for a terminator and no more; null without memory for it.
+std::unique_ptr<wchar_t[]> _exactly(wchar_t const* s, std::size_t length) {
+    std::unique_ptr<wchar_t[]> copy(_newText<wchar_t>(length, 0, 1));
+    if (copy) std::copy_n(s, length, copy.get());
+    return copy;
 }
 
 }  // namespace
 
-int PUtf8::encode(PLiteral const& text, std::string& bytes) {
-    Surplus const more = _surplus(text);
-    if (more.refused) return PERR_BAD_FORMAT;
-    try {
-        bytes.resize(text.len() + more.bytes);
-    } catch (std::exception const&) {  // too long for memory or for a string, which is as it was
-        return PERR_NO_MEMORY;
-    }
-    _encode(text.ptr(), text.ptr() + text.len(), bytes.data(), bytes.data() + bytes.size());
+int PUtf8::encode(PLiteral const& text, std::string& bytes) try {
+    char part[PART_BYTES];
+    if (text.len() > PART) return _encodeLong(text, part, bytes);
+    char const* const end = _encodePart(part, text.ptr(), text.ptr() + text.len());
+    if (end == nullptr) return PERR_BAD_FORMAT;
+    bytes.assign(part, static_cast<std::size_t>(end - part));
     return PERR_OK;
+} catch (std::exception const&) {  // no memory, or more than a string can hold
+    return PERR_NO_MEMORY;
 }
 
 int PUtf8::decode(char const* bytes, unsigned long n, PString& text) {
@@ -126,29 +155,37 @@ int PUtf8::decode(char const* bytes, unsigned long n, PString& text) {
         text.clear();
         return PERR_OK;
     }
-    std::size_t const count = _leads(bytes, n);
-    std::unique_ptr<wchar_t[]> wide(_newText<wchar_t>(count, 0, 1));
-    if (!wide) return PERR_NO_MEMORY;
-    if (!_decode(bytes, bytes + n, wide.get())) return PERR_BAD_FORMAT;
-    wide[count] = L'\0';
-    AdoptedText::give(text, std::move(wide), count);
+    wchar_t shortRoom[SHORT];
+    std::unique_ptr<wchar_t[]> longRoom;
+    if (n > SHORT) longRoom.reset(_newText<wchar_t>(n, 0, 1));
+    wchar_t* const room = n > SHORT ? longRoom.get() : shortRoom;
+    if (room == nullptr) return PERR_NO_MEMORY;
+    wchar_t const* const end = _decode(room, bytes, bytes + n);
+    if (end == nullptr) return PERR_BAD_FORMAT;
+
+    auto const count = static_cast<unsigned long>(end - room);
+    auto whole = n > SHORT && count == n ? std::move(longRoom) : _exactly(room, count);
+    if (!whole) return PERR_NO_MEMORY;
+    whole[count] = L'\0';
+    AdoptedText::give(text, std::move(whole), count);
     return PERR_OK;
 }
 
 int PUtf8::padded(PLiteral const& text, PString& fitted) {
-    Surplus const more = _surplus(text);
-    if (more.refused) return PERR_BAD_FORMAT;
+    long const surplus = _surplus(text);
+    if (surplus < 0) return PERR_BAD_FORMAT;
+    auto const more = static_cast<std::size_t>(surplus);
     if (text.len() == 0) {
         fitted.clear();
         return PERR_OK;
     }
     if (wmemchr(text.ptr(), L'\0', text.len()) != nullptr) return PERR_INVALID_ARGUMENT;
 
-    std::size_t const length = text.len() + more.bytes;
+    std::size_t const length = text.len() + more;
     std::unique_ptr<wchar_t[]> wide(_newText<wchar_t>(length, 0, 1));
     if (!wide) return PERR_NO_MEMORY;
     std::copy_n(text.ptr(), text.len(), wide.get());
-    std::fill_n(wide.get() + text.len(), more.bytes, L'x');
+    std::fill_n(wide.get() + text.len(), more, L'x');
     wide[length] = L'\0';
     AdoptedText::give(fitted, std::move(wide), length);
     return PERR_OK;

@@ -5,6 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
+inline std::uint32_t _codePoint(wchar_t c) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character
+    return static_cast<std::uint32_t>(c);
+}
+
 /// Bytes of a character beyond ASCII; 0 for what is no character: surrogates, and all above U+10FFFF.
 inline std::ptrdiff_t _utf8Length(std::uint32_t c) {
     if (c < 0x800) return 2;
@@ -21,22 +26,26 @@ inline char _utf8Continuation(std::uint32_t c) {
 /// Encodes a character beyond ASCII. Returns its bytes; 0, with nothing written, when it is no
 /// character or does not fit before `end`.
 inline std::ptrdiff_t _encodeUtf8(char* out, char const* end, std::uint32_t c) {
-    std::ptrdiff_t const bytes = _utf8Length(c);
-    if (bytes > end - out) return 0;
-    if (bytes == 2) {
+    std::ptrdiff_t const room = end - out;
+    if (c < 0x800) {
+        if (room < 2) return 0;
         out[0] = static_cast<char>(0xC0U | (c >> 6U));
         out[1] = _utf8Continuation(c);
-    } else if (bytes == 3) {
+        return 2;
+    }
+    if (c < 0x10000) {
+        if (room < 3 || c - 0xD800 < 0x800) return 0;
         out[0] = static_cast<char>(0xE0U | (c >> 12U));
         out[1] = _utf8Continuation(c >> 6U);
         out[2] = _utf8Continuation(c);
-    } else if (bytes == 4) {
-        out[0] = static_cast<char>(0xF0U | (c >> 18U));
-        out[1] = _utf8Continuation(c >> 12U);
-        out[2] = _utf8Continuation(c >> 6U);
-        out[3] = _utf8Continuation(c);
+        return 3;
     }
-    return bytes;
+    if (room < 4 || c > 0x10FFFF) return 0;
+    out[0] = static_cast<char>(0xF0U | (c >> 18U));
+    out[1] = _utf8Continuation(c >> 12U);
+    out[2] = _utf8Continuation(c >> 6U);
+    out[3] = _utf8Continuation(c);
+    return 4;
 }
 
 inline std::uint32_t _utf8Byte(char const* s) {
