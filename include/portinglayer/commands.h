@@ -122,6 +122,8 @@ public:
 
     /// Sets what standard input, output and errors of the child are.
     ///
+    /// @warning Where the caller has closed a standard stream, the next file it opens may stand there,
+    ///          and INHERITED gives that to the child, close-on-exec or not. Set it DISCARDED.
     /// @param input, output, errors  each INHERITED, DISCARDED or PIPED; INHERITED until set
     /// @return PERR_OK
     /// @return PERR_PROCESS_RUNNING   a child is held
