@@ -15,10 +15,11 @@
 /// the old file. In the end it has the mode of the old file (without set-id bits where its owner or
 /// group is another), or 0666 less the umask where there is none. Its owner is the caller, its
 /// group that of the old file where the system lets the caller give it; otherwise the group of the
-/// caller has the rights that the old one had. Access lists and extended attributes are not taken
-/// over; other hard links keep the old content. What decides is the rights to the folder, which
-/// must allow to read and to write it, not those to the old file. Where the name is a symbolic
-/// link, the file that it leads to is replaced or made, and the link stays.
+/// caller has the rights that the old one had. The access list and extended attributes of the old
+/// file are not taken over, nor does the folder give a list to what replaces a file; other hard
+/// links keep the old content. What decides is the rights to the folder, which must allow to read
+/// and to write it, not those to the old file. Where the name is a symbolic link, the file that it
+/// leads to is replaced or made, and the link stays.
 ///
 /// Names and lines become UTF-8 as a whole in every locale; backslashes and white space stay.
 /// @warning Two programs that replace one file at the same time do not mix, but the later `commit`

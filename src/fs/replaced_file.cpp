@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/random.h>
+#include <sys/xattr.h>
 
 #include <cinttypes>
 #include <climits>
@@ -55,6 +56,12 @@ bool _randomName(std::string& name) {
     return true;
 }
 
+/// Takes away the rights that a folder gives to each new file: the old one may not have them.
+bool _dropAccessList(Descriptor const& file) {
+    return fremovexattr(file.get(), "system.posix_acl_access") == 0 || errno == ENODATA ||
+           errno == ENOTSUP;
+}
+
 }  // namespace
 
 int _findReplaced(std::string path, ReplacedFile& found) {
@@ -100,6 +107,8 @@ int _copyMode(ReplacedFile const& replaced, Descriptor const& file) {
     if (!replaced.exists) return PERR_OK;
     struct stat ours;
     if (fstat(file.get(), &ours) != 0) return _openFailure(errno);
+
+    if (!_dropAccessList(file)) return _openFailure(errno);
 
     // Only who belongs to the group may give it.
     bool const sameGroup = ours.st_gid == replaced.facts.st_gid ||

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <portinglayer/replacements.h>
 #include <support/child_run.h>
@@ -57,6 +58,27 @@ TEST(Replacement, HasTheModeOfTheOldFileAndIsNeverMoreOpen) {
         EXPECT_EQ("old", scratch.read("link"));
         EXPECT_TRUE(fs::remove(scratch.path("link")));
     }
+}
+
+TEST(Replacement, OfAFileWithoutAccessListGetsNoneFromItsFolder) {
+    Scratch scratch;
+    ASSERT_EQ(0, chmod(scratch.write("file", "old").c_str(), 0640));
+    // The version, then tag, rights and id of owner, one other user, group, mask and the rest.
+    struct {
+        std::uint32_t version = 2;
+        struct {
+            std::uint16_t tag, rights;
+            std::uint32_t id;
+        } entries[5] = {
+            {0x01, 7, ~0U}, {0x02, 7, 2002}, {0x04, 5, ~0U}, {0x10, 7, ~0U}, {0x20, 0, ~0U}};
+    } const list;
+    ASSERT_EQ(0, setxattr(scratch.dir().c_str(), "system.posix_acl_default", &list, sizeof list, 0))
+        << "the folder of the tests keeps no access lists";
+    PReplacement replacement;
+    EXPECT_CODE(PERR_OK, replacement.begin(scratch.wpath("file").c_str()));
+    EXPECT_CODE(PERR_OK, replacement.commit());
+    EXPECT_EQ(-1, getxattr(scratch.path("file").c_str(), "system.posix_acl_access", nullptr, 0));
+    EXPECT_EQ(ENODATA, errno);
 }
 
 TEST(Replacement, MakesAMissingFileWithTheModeThatTheUmaskLeaves) {
