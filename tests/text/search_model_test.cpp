@@ -1,12 +1,9 @@
 #include <clocale>
-#include <optional>
 #include <random>
 #include <string>
 
 #include <gtest/gtest.h>
 #include <portinglayer/strings.h>
-#include <support/locales.h>
-#include <support/scratch.h>
 
 // Searches beside those of the standard library, in texts and for texts of few letters.
 
@@ -39,8 +36,7 @@ void _compare(std::wstring const& text, std::wstring const& sought, bool fromEnd
 
 struct Setting {
     char const* name;
-    char const* locale;  ///< one that every system has, or nothing
-    char const* source;  ///< what it is made of otherwise
+    char const* locale;
     wchar_t const* letters;
 };
 
@@ -48,24 +44,10 @@ void PrintTo(Setting const& setting, std::ostream* out) {
     *out << setting.name;
 }
 
-/// Four letters share a capital, and one letter is the capital of another.
-constexpr char ODD_LETTERS[] = R"(LC_CTYPE
-upper <U0041>;<U0058>
-lower <U0061>;<U0062>;<U0063>;<U0078>
-toupper (<U0061>,<U0058>);(<U0062>,<U0058>);(<U0063>,<U0061>);(<U0078>,<U0058>)
-END LC_CTYPE
-)";
-
 class SearchModel : public testing::TestWithParam<Setting> {
 protected:
-    void SetUp() override {
-        if (GetParam().locale != nullptr)
-            ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, GetParam().locale));
-        else if (GetParam().source != nullptr)
-            made.emplace("UTF-8", GetParam().source);
-        else
-            made.emplace("UTF-8", scratch.write("odd", ODD_LETTERS));
-    }
+    void SetUp() override { ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, GetParam().locale)); }
+    void TearDown() override { (void)std::setlocale(LC_CTYPE, "C"); }
 
     std::wstring letters(std::size_t most) {
         std::wstring const all = GetParam().letters;
@@ -89,8 +71,6 @@ protected:
         return text.substr(start, dice() % (text.size() - start + 1));
     }
 
-    Scratch const scratch;
-    std::optional<MadeLocale> made;
     std::mt19937_64 dice{20240};  // every run is the same
 };
 
@@ -100,11 +80,9 @@ TEST_P(SearchModel, AgreesOnShortTexts) {
     for (int round = 0; round < 60000 && !HasFatalFailure(); ++round) {
         std::wstring const text = letters(round % 5 == 0 ? 90 : 12);
         std::wstring const part = partOf(text);
-        std::wstring const sought = round % 3 == 0   ? part
-                                    : round % 3 == 1 ? _folded(part, true)
-                                                     : letters(3);
+        std::wstring const sought = round % 2 == 0 ? part : letters(3);
         SCOPED_TRACE(testing::PrintToString(sought) + " in " + testing::PrintToString(text));
-        _compare(text, sought, round & 1, round & 2);
+        _compare(text, sought, round & 2, round & 4);
     }
 }
 
@@ -119,11 +97,9 @@ TEST_P(SearchModel, AgreesOnLongTextsInWhichMuchMatchesInVain) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , SearchModel,
-    testing::Values(Setting{"Ascii", "C", nullptr, L"abA"},
-                    Setting{"AllLanguages", "C.UTF-8", nullptr, L"aA\u00e1\u00c1\U00010428\u00df"},
-                    Setting{"SlotsShared", "C.UTF-8", nullptr, L"a\u00e1\u0161\u0160"},
-                    Setting{"Turkish", nullptr, "tr_TR", L"iI\u0130\u0131"},
-                    Setting{"OddCapitals", nullptr, nullptr, L"abcxXA"}),
-    [](auto const& setting) { return setting.param.name; });
+INSTANTIATE_TEST_SUITE_P(, SearchModel,
+                         testing::Values(Setting{"Ascii", "C", L"abA"},
+                                         Setting{"AllLanguages", "C.UTF-8",
+                                                 L"aA\u00e1\u00c1\U00010428\u00df"},
+                                         Setting{"SlotsShared", "C.UTF-8", L"a\u00e1\u0161\u0160"}),
+                         [](auto const& setting) { return setting.param.name; });
