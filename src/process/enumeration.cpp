@@ -12,11 +12,12 @@ constexpr unsigned int TREE_WAIT_MS = 2000;
 constexpr unsigned long CUT_NAME_LENGTH = 15;  ///< the system cuts the names of programs to this
 
 struct ProcessStatus {
-    PString name;  ///< empty when the locale cannot convert it
+    PString name;
     unsigned int parent = 0;
 };
 
-/// PERR_NOT_FOUND for a process that ended meanwhile or whose status lacks a line; PERR_NO_MEMORY.
+/// PERR_NOT_FOUND for a process that ended meanwhile or whose status lacks a line, PERR_CONVERSION
+/// when the locale cannot convert its name; PERR_NO_MEMORY.
 int _readStatus(unsigned int processId, ProcessStatus& found) {
     ProcFile status(ProcPath(processId, "status"));
     if (!status.isOpen()) return PERR_NOT_FOUND;
@@ -27,7 +28,7 @@ int _readStatus(unsigned int processId, ProcessStatus& found) {
             if (key == 0) named = _readName(line, found.name);
             if (key == 1) _readNumber(line, found.parent);
         });
-    if (named == PERR_NO_MEMORY) return named;
+    if (named != PERR_OK) return named;
     return whole ? PERR_OK : PERR_NOT_FOUND;
 }
 

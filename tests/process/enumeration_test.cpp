@@ -85,7 +85,7 @@ TEST(ProcessFind, FindsNamesBeyondAsciiAndStepsOverThoseItCannotConvert) {
     EXPECT_CODE(PERR_OK, PProcess::find(PLiteral(L"/any/long/folder/\x3042\xE9"), pids, parents));
     EXPECT_EQ(Ids{pid}, pids);
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C"));
-    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned("no such name"), pids, parents));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(PString(), pids, parents));
 }
 
 TEST(ProcessFind, MissesScriptsWithLongNames) {
