@@ -28,10 +28,9 @@ void _compare(std::wstring const& text, std::wstring const& sought, bool fromEnd
     int const code = literal.str(what, pos, fromEnd, ignoreCase);
     ASSERT_EQ(expected, pos);
     ASSERT_EQ(expected == a.npos ? PERR_NOT_FOUND : PERR_OK, code);
-    if (!never) {
-        ASSERT_EQ(a.starts_with(b), literal.startsWith(what, ignoreCase));
-        ASSERT_EQ(a.ends_with(b), literal.endsWith(what, ignoreCase));
-    }
+    if (never) return;
+    ASSERT_EQ(a.starts_with(b), literal.startsWith(what, ignoreCase));
+    ASSERT_EQ(a.ends_with(b), literal.endsWith(what, ignoreCase));
 }
 
 struct Setting {
@@ -88,8 +87,8 @@ TEST_P(SearchModel, AgreesOnShortTexts) {
 
 TEST_P(SearchModel, AgreesOnLongTextsInWhichMuchMatchesInVain) {
     for (int round = 0; round < 3000 && !HasFatalFailure(); ++round) {
-        std::wstring const text = round % 4 == 0 ? letters(3000) : pattern(3000);
-        std::wstring sought = partOf(round % 5 == 0 ? text : partOf(text));
+        std::wstring const text = pattern(3000);
+        std::wstring sought = partOf(text);
         if (!sought.empty() && round % 3 != 0)
             sought[dice() % sought.size()] = GetParam().letters[dice() % 2];
         SCOPED_TRACE(testing::Message() << "seed 20240, round " << round);
