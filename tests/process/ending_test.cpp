@@ -10,22 +10,10 @@ TEST(ProcessEnding, KillEndsTheChildAndForgetsIt) {
     EXPECT_EQ(7U, pid);
 }
 
-TEST(ProcessEnding, KillIsNothingWithoutARunningChild) {
-    PProcess idle(L"/bin/true", L"");
-    Child child;
-    child.end();
-    long long const before = PTime::getTickCount();
-    EXPECT_CODE(PERR_OK, idle.kill());
-    EXPECT_CODE(PERR_OK, child.process.kill());
-    EXPECT_LT(PTime::getTickCount() - before, 1000) << "it paused";
-}
-
-TEST(ProcessEnding, KillOfAnIdEndsTheProcess) {
+TEST(ProcessEnding, KillOfAnIdEndsTheProcessThoughASignalEndsItsPause) {
     Child const child;
-    bool running = true;
     EXPECT_CODE(PERR_OK, interrupted([&] { return PProcess::kill(child.pid); }));
-    EXPECT_TRUE(
-        eventually([&] { return PProcess::isRunning(child.pid, running) == PERR_OK && !running; }));
+    EXPECT_TRUE(eventually([&] { return !child.runs(); }));
 }
 
 TEST(ProcessEnding, WhatCannotBeSentIsRefusedAtOnce) {
@@ -39,13 +27,6 @@ TEST(ProcessEnding, WhatCannotBeSentIsRefusedAtOnce) {
     EXPECT_LT(PTime::getTickCount() - before, 1000) << "it paused";
 }
 
-TEST(ProcessEnding, KillSignalCollectsTheChildThatItEnded) {
-    Child child;
-    int exitCode = 0;
-    EXPECT_CODE(PERR_OK, PProcess::killSignal(child.pid, SIGKILL));
-    EXPECT_CODE(PERR_NO_PROCESS, child.process.waitExitCode(exitCode));
-}
-
 TEST(ProcessEnding, KillTreeEndsAProcessWithItsDescendants) {
     Child const root(shell("sleep 60; :"), "/bin/sh");
     Ids children;
@@ -56,10 +37,4 @@ TEST(ProcessEnding, KillTreeEndsAProcessWithItsDescendants) {
         EXPECT_CODE(PERR_OK, PProcess::isRunning(pid, running));
         EXPECT_FALSE(running);
     }
-}
-
-TEST(ProcessEnding, ASignalEndsThePause) {
-    Child child;
-    EXPECT_CODE(PERR_OK, interrupted([&] { return PProcess::killSignal(child.pid, 0); }));
-    EXPECT_CODE(PERR_OK, interrupted([&] { return child.process.kill(); }));
 }

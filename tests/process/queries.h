@@ -7,9 +7,8 @@
 struct Query {
     char const* what;
     std::function<int(unsigned int pid)> ask;
-    bool collects;      ///< every ended child of the caller
-    int ofNoProcess;    ///< the code for an id that no process bears
-    int noDescriptors;  ///< the code where none is left
+    bool collects;    ///< every ended child of the caller
+    int ofNoProcess;  ///< the code for an id that no process bears
 };
 
 /// Drops what the operation gives but for its code.
@@ -35,23 +34,19 @@ inline std::vector<Query> queries() {
     constexpr bool COLLECTS = true, LEAVES = false;
     using P = PProcess;
     return {
-        {"isRunning", codeOf<bool>(P::isRunning), COLLECTS, PERR_OK, PERR_OK},
-        {"getName", codeOf<PString>(P::getName), COLLECTS, PERR_NOT_FOUND, PERR_NOT_FOUND},
-        {"getPath", codeOf<PString>(P::getPath), COLLECTS, PERR_NOT_FOUND, PERR_OK},
-        {"getChildPID", codeOf<Ids>(P::getChildPID), COLLECTS, PERR_NOT_FOUND, PERR_NOT_FOUND},
-        {"find", findNobody, COLLECTS, PERR_NOT_FOUND, PERR_NOT_FOUND},
-        {"listPIDs", listAll, COLLECTS, PERR_OK, PERR_NOT_FOUND},
-        {"getCmdLine", codeOf<PString>(P::getCmdLine), LEAVES, PERR_NOT_FOUND, PERR_NOT_FOUND},
-        {"getWorkingDir", codeOf<PString>(P::getWorkingDir), LEAVES, PERR_NOT_FOUND,
-         PERR_NOT_FOUND},
-        {"getEnvironment", codeOf<Texts>(P::getEnvironment), LEAVES, PERR_NOT_FOUND,
-         PERR_NOT_FOUND},
-        {"getPriority", codeOf<int>(P::getPriority), LEAVES, PERR_NOT_FOUND, PERR_OK},
-        {"getParentPID", codeOf<unsigned int>(P::getParentPID), LEAVES, PERR_NOT_FOUND,
-         PERR_NOT_FOUND},
-        {"getMemoryUsage", codeOf<unsigned long long>(P::getMemoryUsage), LEAVES, PERR_NO_PROCESS,
-         PERR_NO_PROCESS},
-        {"getCPUUsage", codeOf<unsigned int>(P::getCPUUsage), LEAVES, PERR_NO_SUCH_FILE, PERR_OPEN},
+        {"isRunning", codeOf<bool>(P::isRunning), COLLECTS, PERR_OK},
+        {"getName", codeOf<PString>(P::getName), COLLECTS, PERR_NOT_FOUND},
+        {"getPath", codeOf<PString>(P::getPath), COLLECTS, PERR_NOT_FOUND},
+        {"getChildPID", codeOf<Ids>(P::getChildPID), COLLECTS, PERR_NOT_FOUND},
+        {"find", findNobody, COLLECTS, PERR_NOT_FOUND},
+        {"listPIDs", listAll, COLLECTS, PERR_OK},
+        {"getCmdLine", codeOf<PString>(P::getCmdLine), LEAVES, PERR_NOT_FOUND},
+        {"getWorkingDir", codeOf<PString>(P::getWorkingDir), LEAVES, PERR_NOT_FOUND},
+        {"getEnvironment", codeOf<Texts>(P::getEnvironment), LEAVES, PERR_NOT_FOUND},
+        {"getPriority", codeOf<int>(P::getPriority), LEAVES, PERR_NOT_FOUND},
+        {"getParentPID", codeOf<unsigned int>(P::getParentPID), LEAVES, PERR_NOT_FOUND},
+        {"getMemoryUsage", codeOf<unsigned long long>(P::getMemoryUsage), LEAVES, PERR_NO_PROCESS},
+        {"getCPUUsage", codeOf<unsigned int>(P::getCPUUsage), LEAVES, PERR_NO_SUCH_FILE},
     };
 }
 
