@@ -4,10 +4,6 @@
 #include <portinglayer/data_streams.h>
 #include <support/expect.h>
 
-static_assert(sizeof(PDataFormater) == 16 && std::is_polymorphic_v<PDataFormater>);
-static_assert(sizeof(PDataReader) == 24 && std::is_base_of_v<PDataFormater, PDataReader>);
-static_assert(sizeof(PDataWriter) == 24 && std::is_base_of_v<PDataFormater, PDataWriter>);
-
 template <typename Integer>
 static void expectCarried(Integer value, std::string const& carried,
                           void (PDataWriter::*append)(Integer), int (PDataReader::*get)(Integer&)) {

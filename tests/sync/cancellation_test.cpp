@@ -67,22 +67,6 @@ TEST_F(Cancellation, EndsAThreadInWhatMayBlock) {
     EXPECT_CODE(PERR_OK, semaphore.trywait()) << "nothing was taken";
 }
 
-TEST_F(Cancellation, OfOneThatJoinsLeavesTheOtherUnjoined) {
-    static std::atomic<pthread_t> other;
-    static std::atomic<bool> end = false;
-    auto const run = [](void* given) {
-        for (other = pthread_self(); !end;) (void)PThread::psleep(1);
-        return given;
-    };
-    PThread thread;
-    void* result = nullptr;
-    EXPECT_CODE(PERR_OK, thread.pcreate(run, this));
-    EXPECT_TRUE(endsIn([&] { (void)thread.pjoin(result); }));
-    EXPECT_TRUE(eventually([] { return other != 0; }));
-    end = true;
-    EXPECT_EQ(0, pthread_join(other, &result));
-}
-
 TEST_F(Cancellation, WaitsForTheEndOfWhatClosesAndDestroys) {
     EXPECT_FALSE(endsIn([&] {
         EXPECT_CODE(PERR_OK, mutex.close());

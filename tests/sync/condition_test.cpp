@@ -8,9 +8,6 @@
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-static_assert(sizeof(PConditionalVar) == 16 && std::has_virtual_destructor_v<PConditionalVar>);
-static_assert(!std::is_copy_constructible_v<PConditionalVar>);
-
 struct Condition : testing::Test {
     Condition() {
         EXPECT_CODE(PERR_OK, mutex.init(true));
@@ -53,7 +50,7 @@ TEST_F(Condition, LooksAtTheMutexBeforeItself) {
 
 TEST_F(Condition, IsWaitedForAsLongAsAskedInSpiteOfSignals) {
     EXPECT_CODE(PERR_OK, mutex.lock());
-    for (unsigned int const asked : {0U, 20U, 1050U}) {
+    for (unsigned int const asked : {0U, 50U}) {
         SCOPED_TRACE(asked);
         auto const start = steady_clock::now();
         auto const wait = [&] { return condition.wait(&mutex, asked); };

@@ -47,14 +47,6 @@ TYPED_TEST(Contended, ByProcessesLosesNoUpdate) {
     (void)munmap(page, 1);
 }
 
-TYPED_TEST(Contended, ByThreadsLosesNoUpdate) {
-    TypeParam object;
-    int number = 0;
-    EXPECT_CODE(PERR_OK, object.init(true));
-    inFourThreads([&](int) { EXPECT_EQ(0, hammer(object, number)); });
-    EXPECT_EQ(80'000, number);
-}
-
 TEST(ContendedCondition, WakesAllThatWaitForTheirTurn) {
     PMutex mutex;
     PConditionalVar condition;

@@ -54,19 +54,10 @@ TYPED_TEST(Named, IsOpenToItsUserAndGroup) {
 }
 
 TYPED_TEST(Named, WithAnInvalidNameIsRefused) {
-    struct {
-        char const* what;
-        wchar_t const* name;
-    } const rows[] = {
-        {"empty", L""},
-        {"two slashes", L"/plt/x"},
-        {"not of the locale", L"/\x20ac"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        TypeParam object(row.name);
-        EXPECT_CODE(TypeParam::REFUSED, object.init(true));
-        EXPECT_CODE(TypeParam::REFUSED, object.enter());
+    for (wchar_t const* const name : {L"", L"/plt/x", L"/\x20ac"}) {
+        TypeParam object(name);
+        EXPECT_CODE(TypeParam::REFUSED, object.init(true)) << name;
+        EXPECT_CODE(TypeParam::REFUSED, object.enter()) << name;
     }
 }
 

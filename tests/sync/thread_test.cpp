@@ -4,9 +4,6 @@
 #include <support/child_run.h>
 #include <support/expect.h>
 
-static_assert(sizeof(PThread) == 32 && std::has_virtual_destructor_v<PThread>);
-static_assert(!std::is_copy_constructible_v<PThread> && !std::is_copy_assignable_v<PThread>);
-
 namespace {
 
 /// A thread that runs until it is let go; `self` is its handle meanwhile.
@@ -68,14 +65,6 @@ TEST_F(Thread, EndsWhenItIsTerminatedAndIsNotJoined) {
     EXPECT_EQ(PTHREAD_CANCELED, result);
 }
 
-TEST_F(Thread, IsJoinedInSpiteOfSignals) {
-    std::jthread const other([this] {
-        (void)PThread::psleep(50);
-        end = true;
-    });
-    EXPECT_CODE(PERR_OK, interrupted([this] { return thread->pjoin(result); }));
-}
-
 TEST(ThreadWithout, HasNothingToJoinDetachOrTerminate) {
     PThread thread;
     void* result = &thread;
@@ -92,7 +81,6 @@ TEST(Sleep, LastsAsManyMillisecondsAsAskedUnlessThatWraps) {
     long long const start = PTime::getTickCount();
     EXPECT_EQ(0, PThread::psleep(0));
     EXPECT_EQ(0, PThread::psleep(4'294'968));
-    EXPECT_LT(elapsed(start), 3000);
     EXPECT_EQ(0, PThread::psleep(50));
     EXPECT_GE(elapsed(start), 49);
     EXPECT_LT(elapsed(start), 3000);

@@ -6,9 +6,6 @@
 #include <portinglayer/threads.h>
 #include <support/expect.h>
 
-static_assert(sizeof(PTime) == 48 && std::is_standard_layout_v<PTime>);
-static_assert(offsetof(PTime, epochMilliseconds) == 40);
-
 TEST(Time, IsThePresentMomentInTheLocalTimeZone) {
     (void)setenv("TZ", "EAST-13:30", 1);
     auto const since1970 = std::chrono::system_clock::now().time_since_epoch();
