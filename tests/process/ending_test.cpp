@@ -26,15 +26,3 @@ TEST(ProcessEnding, WhatCannotBeSentIsRefusedAtOnce) {
     EXPECT_CODE(PERR_KILL, PProcess::killSignal(child.pid, 1000));
     EXPECT_LT(PTime::getTickCount() - before, 1000) << "it paused";
 }
-
-TEST(ProcessEnding, KillTreeEndsAProcessWithItsDescendants) {
-    Child const root(shell("sleep 60; :"), "/bin/sh");
-    Ids children;
-    ASSERT_TRUE(eventually([&] { return PProcess::getChildPID(root.pid, children) == PERR_OK; }));
-    EXPECT_CODE(PERR_OK, PProcess::killTree(root.pid));
-    for (unsigned int const pid : {root.pid, children[0]}) {
-        bool running = true;
-        EXPECT_CODE(PERR_OK, PProcess::isRunning(pid, running));
-        EXPECT_FALSE(running);
-    }
-}

@@ -42,7 +42,7 @@ TEST(ProcessInformation, IsRefusedForAnIdThatNoProcessBears) {
 TEST(ProcessInformation, OfAnObjectWithoutChildLeavesItsOutputAlone) {
     PProcess const idle(L"/bin/idle", L"x");
     PString text(L"kept", 4);
-    Texts environment(1);
+    Texts environment;
     int priority = 7;
     unsigned long long bytes = 7;
     EXPECT_CODE(PERR_NO_PROCESS, idle.getName(text));
