@@ -1,11 +1,8 @@
 #include <cerrno>
-#include <clocale>
 #include <cwchar>
 #include <memory>
 
 #include <support/expect.h>
-
-using namespace std::string_view_literals;
 
 namespace {
 
@@ -62,33 +59,15 @@ TEST(Formatting, GivesWhatOnePassWithItsRoomGives) {
 }
 
 TEST(KeyAndValue, StandBeforeAndBehindTheFirstSeparatorTrimmed) {
-    struct {
-        char const* what;
-        std::wstring_view text;
-        wchar_t separator;
-        int code;
-        std::wstring_view key, value;
-    } const rows[] = {
-        {"trimmed", L" k \t=\r v=w ", L'=', PERR_OK, L"k", L"v=w"},
-        {"both empty", L":", L':', PERR_OK, L"", L""},
-        {"no separator", L"kv", L'=', PERR_NOT_FOUND, L"old", L"old"},
-        {"a zero character", L"k\0v"sv, L'\0', PERR_OK, L"k", L"v"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PString const text(row.text.data(), row.text.size());
-        PString key(L"old", 3), value(L"old", 3);
-        EXPECT_CODE(row.code, PUtils::getKeyValue(text, key, value, row.separator));
-        EXPECT_TEXT(row.key, key);
-        EXPECT_TEXT(row.value, value);
-    }
-}
-
-TEST(KeyAndValue, MayReplaceTheText) {
-    PString text(L" k = v ", 7), other;
-    EXPECT_CODE(PERR_OK, PUtils::getKeyValue(text, text, other, L'='));
+    PString text(L" k \t=\r v=w ", P_WHOLE_STRING), value(L"old", 3);
+    EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L':'));
+    EXPECT_TEXT(L"old", value);
+    EXPECT_CODE(PERR_OK, PUtils::getKeyValue(text, text, value, L'=')) << "replaces the text";
     EXPECT_TEXT(L"k", text);
-    EXPECT_TEXT(L"v", other);
+    EXPECT_TEXT(L"v=w", value);
+    EXPECT_CODE(PERR_OK, PUtils::getKeyValue(L":", text, value, L':'));
+    EXPECT_TEXT(L"", text);
+    EXPECT_TEXT(L"", value);
 }
 
 TEST(Arguments, AreTextsOfWhichTheFirstIsAPair) {

@@ -1,14 +1,12 @@
 #include <chrono>
 #include <clocale>
 #include <string>
-#include <vector>
 
 #include <sys/mman.h>
 
 #include <gtest/gtest.h>
 #include <portinglayer/strings.h>
 #include <support/expect.h>
-#include <support/locales.h>
 
 namespace {
 
@@ -67,20 +65,6 @@ TEST(TextSearch, CountsZeroCharactersAsAnyOther) {
     EXPECT_EQ(5UL, _find(text, View(L"\0C", 2), FROM_END, IGNORING_CASE));
 }
 
-TEST(TextSearch, ReadsNothingBehindTheText) {
-    for (unsigned long length = 1; length < 100; ++length) {
-        SCOPED_TRACE(length);
-        std::vector<wchar_t> const exact(length, L'a');  // a sanitizer sees its end
-        View const text(exact.data(), length);
-        for (unsigned long part = 1; part <= length; part += 7) {
-            View const end(exact.data() + length - part, part);
-            EXPECT_EQ(0UL, _find(text, end, FORWARD, EXACT));
-            EXPECT_EQ(length - part, _find(text, end, FROM_END, IGNORING_CASE));
-        }
-        EXPECT_EQ(NOWHERE, _find(text, L"ab", FORWARD, EXACT));
-    }
-}
-
 TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
     constexpr unsigned long MOST = 1UL << 31U;
     constexpr unsigned long BYTES = (MOST + 1) * sizeof(wchar_t);
@@ -109,12 +93,6 @@ TEST(TextSearch, OfWhatNearlyStandsEverywhereEndsSoonAndIsRight) {
     }
     // Place by place it takes minutes, and much less than a second as it is.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-}
-
-TEST(TextSearch, TellsTurkishLettersApartByTheLocale) {
-    MadeLocale const turkish("UTF-8", "tr_TR");
-    EXPECT_EQ(NOWHERE, _find(L"xI", L"i", FORWARD, IGNORING_CASE));
-    EXPECT_EQ(1UL, _find(L"x\u0130", L"i", FORWARD, IGNORING_CASE));
 }
 
 TEST(CharacterSearch, FindsTheFirstOrTheLastOfEitherCaseUpToTheTerminator) {

@@ -11,7 +11,6 @@ namespace {
 
 constexpr unsigned long TOO_MANY = ULONG_MAX;  // characters
 constexpr wchar_t const* NO_TEXT = nullptr;
-constexpr char const* NO_BYTES = nullptr;
 
 using S = PString&;
 
@@ -34,12 +33,6 @@ void _expectEdits(std::initializer_list<Edit> rows) {
         EXPECT_EQ(L'\0', text.ptr()[text.len()]) << "the terminator";
     }
 }
-
-class StringOfBytes : public testing::Test {
-protected:
-    void SetUp() override { setlocale(LC_CTYPE, "C.UTF-8"); }
-    void TearDown() override { setlocale(LC_CTYPE, "C"); }
-};
 
 }  // namespace
 
@@ -102,7 +95,6 @@ TEST(StringSet, TakesSoManyCharactersButNoMoreOfAViewThanItHolds) {
         {"its own", L"abc", [](S s) { return s.set(s.ptr() + 1, 2); }, PERR_OK, L"bc"},
         {"nothing", L"old", [](S s) { return s.set(NO_TEXT, P_WHOLE_STRING); }, PERR_OK, L""},
         {"too many", L"old", [](S s) { return s.set(L"a", TOO_MANY); }, PERR_NO_MEMORY, L""},
-        {"a view", L"old", [](S s) { return s.set(abc, 3); }, PERR_OK, L"abc"},
         {"more of a view", L"old", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT,
          L"old"},
         {"all of a view", L"", [](S s) { return s.set(abc, P_WHOLE_STRING); }, PERR_OK, L"abc"},
@@ -112,10 +104,8 @@ TEST(StringSet, TakesSoManyCharactersButNoMoreOfAViewThanItHolds) {
 TEST(StringCat, AppendsSoManyCharacters) {
     _expectEdits({
         {"a part", L"ab", [](S s) { return s.cat(L"cde", 2); }, PERR_OK, L"abcd"},
-        {"all", L"ab", [](S s) { return s.cat(L"cde", P_WHOLE_STRING); }, PERR_OK, L"abcde"},
         {"a view", L"ab", [](S s) { return s.cat(PLiteral(L"cd")); }, PERR_OK, L"abcd"},
         {"its own", L"abc", [](S s) { return s.cat(s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
-        {"nothing", L"ab", [](S s) { return s.cat(NO_TEXT, P_WHOLE_STRING); }, PERR_OK, L"ab"},
         {"too many", L"ab", [](S s) { return s.cat(L"c", TOO_MANY); }, PERR_NO_MEMORY, L"ab"},
     });
 }
@@ -126,21 +116,18 @@ TEST(StringCat, IsTheOperatorThatAppends) {
     EXPECT_TEXT(L"abab", text += text);
 }
 
-TEST_F(StringOfBytes, HasTheLengthOfItsCharacters) {
+TEST(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSetAndCharactersWhereItIsMade) {
+    setlocale(LC_CTYPE, "C.UTF-8");
     EXPECT_TEXT(L"\u00e9", PString("\u00e9", P_WHOLE_STRING));
-    EXPECT_TEXT(L"ab", PString("abc", 2));
     EXPECT_TEXT(L"", PString("\xff", P_WHOLE_STRING)) << "cannot be converted";
-}
-
-TEST_F(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSet) {
     _expectEdits({
         {"cat", L"a", [](S s) { return s.cat("\u00e9", 2); }, PERR_OK, L"a\u00e9\0"sv},
         {"cat of all", L"a", [](S s) { return s.cat("bc", P_WHOLE_STRING); }, PERR_OK, L"abc"},
         {"cat that reads on", L"a", [](S s) { return s.cat("\u00e9z", 2); }, PERR_OK, L"a\u00e9z"},
-        {"cat of nothing", L"a", [](S s) { return s.cat(NO_BYTES, 9); }, PERR_OK, L"a"},
         {"cat, unreadable", L"a", [](S s) { return s.cat("\xff", 1); }, PERR_NO_MEMORY, L"a"},
         {"set", L"a", [](S s) { return s.set("\u00e9", 2); }, PERR_OK, L"\u00e9\0"sv},
     });
+    setlocale(LC_CTYPE, "C");
 }
 
 TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
@@ -149,7 +136,6 @@ TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
         {"all", L"ab", [](S s) { return s.insert(1, L"xy", P_WHOLE_STRING); }, PERR_OK, L"axyb"},
         {"at the end", L"abc", [](S s) { return s.insert(3, L"x", 1); }, PERR_OK, L"abcx"},
         {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},
-        {"none behind", L"a", [](S s) { return s.insert(2, L"", 0); }, PERR_INVALID_ARGUMENT, L"a"},
         {"its own", L"abc", [](S s) { return s.insert(1, s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
         {"a view", L"a", [](S s) { return s.insert(0, xyz, P_WHOLE_STRING); }, PERR_OK, L"xyza"},
     });
@@ -158,7 +144,6 @@ TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
 TEST(StringErase, TakesARangeOutAndRefusesOneThatEndsBehindTheText) {
     _expectEdits({
         {"in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
-        {"none", L"abcd", [](S s) { return s.erase(4, 0); }, PERR_OK, L"abcd"},
         {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
         {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
     });
@@ -189,7 +174,6 @@ TEST(String, ChangesEachOfACharacterByReplacing) {
 
 TEST(StringFill, NeverShortensTheLength) {
     _expectEdits({
-        {"all", L"abcd", [](S s) { return s.fill(L'x'); }, PERR_OK, L"xxxx"},
         {"fewer", L"abcd", [](S s) { return s.fill(L'x', 2); }, PERR_OK, L"xx\0d"sv},
         {"more", L"abcd", [](S s) { return s.fill(L'x', 6); }, PERR_OK, L"xxxxxx"},
         {"too many", L"ab", [](S s) { return s.fill(L'x', TOO_MANY); }, PERR_NO_MEMORY, L"ab"},

@@ -94,15 +94,6 @@ TEST(HexadecimalByte, IsOneOrTwoCharactersThatScanningAccepts) {
     EXPECT_EQ('\xFF', byte);
 }
 
-TEST(HexadecimalByte, IsScannedToTheTerminatorNotToTheLength) {
-    wchar_t room[] = L"12\0005";
-    PLiteral const view(room);
-    room[2] = L'3';
-    char byte = 0;
-    EXPECT_CODE(PERR_OK, PUtils::hexToByte(view, byte));
-    EXPECT_EQ(0x35, byte) << "of 1235";
-}
-
 TEST(HexadecimalDigit, HasAValue) {
     std::wstring const digits = L"0123456789abcdefABCDEF";
     for (wchar_t c = 0; c < 0x200; ++c) {
