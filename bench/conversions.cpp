@@ -6,18 +6,6 @@
 
 namespace {
 
-/// Wide text and the same in UTF-8.
-struct Both {
-    Both(std::size_t length, bool mixed) : wide(letters(length)) {
-        for (std::size_t i = 5; mixed && i < length; i += 8)
-            wide[i] = i % 3 == 0 ? L'\u6f22' : L'\u00e9';
-        utf8.resize(4 * length);
-        utf8.resize(wcstombs(utf8.data(), wide.c_str(), utf8.size()));
-    }
-    std::wstring wide;
-    std::string utf8;
-};
-
 void _addNarrowing(std::string const& name, Both const& both, double limit) {
     auto const text = std::make_shared<Both>(both);
     Operation op("wide to multibyte, " + name, limit, text->utf8, "wcstombs");

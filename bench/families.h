@@ -11,6 +11,7 @@ void addProcessFacts();
 void addSearch();
 void addEditing();
 void addConversions();
+void addUtf8();
 void addNumbers();
 void addFormatting();
 void addSplitting();
@@ -37,6 +38,7 @@ constexpr Family FAMILIES[] = {
     {"search", addSearch},
     {"editing", addEditing},
     {"conversions", addConversions},
+    {"UTF-8", addUtf8},
     {"numbers", addNumbers},
     {"formatting", addFormatting},
     {"splitting", addSplitting},

@@ -3,6 +3,7 @@
 #ifndef PORTINGLAYER_BENCH_FORMS_H
 #define PORTINGLAYER_BENCH_FORMS_H
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -39,6 +40,18 @@ struct Forms {
 
 /// Small letters and spaces, the same in every run.
 std::wstring letters(std::size_t length);
+
+/// Wide text and the same in UTF-8.
+struct Both {
+    Both(std::size_t length, bool mixed) : wide(letters(length)) {
+        for (std::size_t i = 5; mixed && i < length; i += 8)
+            wide[i] = i % 3 == 0 ? L'\u6f22' : L'\u00e9';
+        utf8.resize(4 * length);
+        utf8.resize(wcstombs(utf8.data(), wide.c_str(), utf8.size()));
+    }
+    std::wstring wide;
+    std::string utf8;
+};
 
 /// Trimmed with the standard library.
 inline std::wstring trimmed(std::wstring text) {

@@ -18,8 +18,7 @@
 namespace {
 
 constexpr std::ptrdiff_t BLOCK = ASCII_BLOCK;
-constexpr std::size_t PART = 1024;     // characters that are encoded at once, on the stack
-constexpr std::size_t SHORT = 256;     // bytes that are decoded on the stack at first
+constexpr std::size_t PART = 768;      // characters encoded at once: within a page of the stack
 constexpr std::size_t MOST_BYTES = 4;  // of a character
 constexpr std::size_t PART_BYTES = PART * MOST_BYTES + ASCII_BLOCK;
 
@@ -142,7 +141,7 @@ int PUtf8::encode(PLiteral const& text, std::string& bytes) try {
     if (text.len() > PART) return _encodeLong(text, part, bytes);
     char const* const end = _encodePart(part, text.ptr(), text.ptr() + text.len());
     if (end == nullptr) return PERR_BAD_FORMAT;
-    bytes.assign(part, static_cast<std::size_t>(end - part));
+    bytes = std::string(part, static_cast<std::size_t>(end - part));
     return PERR_OK;
 } catch (std::exception const&) {  // no memory, or more than a string can hold
     return PERR_NO_MEMORY;
@@ -155,19 +154,16 @@ int PUtf8::decode(char const* bytes, unsigned long n, PString& text) {
         text.clear();
         return PERR_OK;
     }
-    wchar_t shortRoom[SHORT];
-    std::unique_ptr<wchar_t[]> longRoom;
-    if (n > SHORT) longRoom.reset(_newText<wchar_t>(n, 0, 1));
-    wchar_t* const room = n > SHORT ? longRoom.get() : shortRoom;
-    if (room == nullptr) return PERR_NO_MEMORY;
-    wchar_t const* const end = _decode(room, bytes, bytes + n);
+    std::unique_ptr<wchar_t[]> wide(_newText<wchar_t>(n, 0, 1));
+    if (!wide) return PERR_NO_MEMORY;
+    wchar_t const* const end = _decode(wide.get(), bytes, bytes + n);
     if (end == nullptr) return PERR_BAD_FORMAT;
 
-    auto const count = static_cast<unsigned long>(end - room);
-    auto whole = n > SHORT && count == n ? std::move(longRoom) : _exactly(room, count);
-    if (!whole) return PERR_NO_MEMORY;
-    whole[count] = L'\0';
-    AdoptedText::give(text, std::move(whole), count);
+    auto const count = static_cast<unsigned long>(end - wide.get());
+    if (count < n) wide = _exactly(wide.get(), count);
+    if (!wide) return PERR_NO_MEMORY;
+    wide[count] = L'\0';
+    AdoptedText::give(text, std::move(wide), count);
     return PERR_OK;
 }
 
