@@ -57,6 +57,10 @@ TEST_F(SyncSweep, ASemaphoreIsInitialisedTakenAndClosedOrNot) {
             bool const held = code == PERR_OK || (s == &semaphore && code == PERR_SEMAPHORE);
             EXPECT_CODE(held ? PERR_OK : PERR_SEMAPHORE, s->close());
         };
+        auto const value = [=] {
+            int count = 0;
+            return s->getValue(count);
+        };
         auto const ended = gives(PERR_SEMAPHORE, PERR_SEMAPHORE, close);
         std::set<int> const refused{PERR_SEMAPHORE_WAIT};
         Sweep const sweeps[] = {
@@ -65,25 +69,35 @@ TEST_F(SyncSweep, ASemaphoreIsInitialisedTakenAndClosedOrNot) {
             {"wait", refused, [=] { return s->wait(); }, open, leaves(1)},
             {"wait with a limit", refused, [=] { return s->wait(9); }, open, leaves(1)},
             {"trywait", refused, [=] { return s->trywait(); }, open, leaves(1)},
+            {"getValue", {PERR_SEMAPHORE_VALUE}, value, open, leaves(2)},
             {"close", {PERR_SEMAPHORE_CLOSE}, close, open, ended},
         };
         for (Sweep const& each : sweeps) sweep(each);
     }
 }
 
-TEST_F(SyncSweep, AConditionIsInitialisedNotifiedAndClosedOrNot) {
+TEST_F(SyncSweep, AConditionIsInitialisedUsedAndClosedOrNot) {
     auto const nothing = [](int) {};
     auto const init = [&] { return condition.init(); };
     auto const notify = [&] { return condition.notify(); };
+    auto const notifyAll = [&] { return condition.notifyAll(); };
+    auto const wait = [&] {
+        int const code = condition.wait(&mutex, 0);
+        return code == PERR_CONDITION_TIMEOUT ? PERR_OK : code;
+    };
     auto const close = [&] { return condition.close(); };
     auto const closed = [&] { (void)condition.close(); };
     auto const open = [&] { (void)firstFailure({condition.close(), condition.init()}); };
     sweep({"init", {PERR_CONDITION}, init, closed, gives(PERR_OK, PERR_MUTEX, close)});
     sweep({"notify", {PERR_CONDITION_NOTIFY}, notify, open, nothing});
+    sweep({"notifyAll", {PERR_CONDITION_NOTIFY}, notifyAll, open, nothing});
+    EXPECT_CODE(PERR_OK, firstFailure({mutex.init(true), mutex.lock()}));
+    sweep({"wait", {PERR_CONDITION_WAIT}, wait, open, nothing});
+    EXPECT_CODE(PERR_OK, mutex.unlock());
     sweep({"close", {PERR_CONDITION_CLOSE}, close, open, gives(PERR_MUTEX, PERR_MUTEX, close)});
 }
 
-TEST_F(SyncSweep, AThreadIsStartedAndJoinedOrNot) {
+TEST_F(SyncSweep, AThreadIsStartedJoinedAndDetachedOrNot) {
     PThread thread;
     void* result = nullptr;
     auto const start = [&] { return thread.pcreate([](void* given) { return given; }, this); };
@@ -93,6 +107,7 @@ TEST_F(SyncSweep, AThreadIsStartedAndJoinedOrNot) {
     auto const joined = [&](int) { EXPECT_CODE(PERR_THREAD, thread.pjoin(result)); };
     sweep({"pcreate", {PERR_THREAD}, start, none, gives(PERR_OK, PERR_THREAD, join)});
     sweep({"pjoin", {PERR_THREAD_JOIN}, join, started, joined});
+    sweep({"pdetach", {PERR_THREAD_DETACH}, [&] { return thread.pdetach(); }, started, joined});
 }
 
 TEST_F(SyncSweep, TheTickCountFallsBackToTheTimeOfDay) {

@@ -132,18 +132,6 @@ TEST(LoadSampling, RecordsHoldTheFieldsOfTheirLine) {
     EXPECT_EQ(8U, machine.steal);
 }
 
-TEST(LoadSampling, RecordsAreClearedByAFailure) {
-    PFile closed;
-    proc_stat process;
-    cpu_stat machine;
-    process.pid = 7;
-    machine.user = 7;
-    EXPECT_CODE(PERR_NOT_OPEN, _readProcStat(closed, 0, &process));
-    EXPECT_EQ(0, process.pid);
-    EXPECT_CODE(PERR_NOT_OPEN, _readCpuStat(closed, &machine));
-    EXPECT_EQ(0U, machine.user);
-}
-
 TEST(LoadSampling, OfTheMachineTakesASecondAndOfAProcessorItsPause) {
     unsigned int percent = 0;
     Script const script;

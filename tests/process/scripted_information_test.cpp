@@ -105,21 +105,13 @@ TEST(ScriptedEnvironment, SplitsEntriesAtTheirEnds) {
 }
 
 TEST(ScriptedMachine, FreeMemoryIsTheSumOfThreeLines) {
-    struct {
-        char const* what;
-        std::string report;
-        unsigned long long kilobytes;
-    } const rows[] = {
-        {"other keys that hold one", "MemFree: 1\nSwapCached: 64\nBuffers: 2\nCached: 4\n", 7},
-        {"what is missing is none", "MemFree: 1\nCached: 4\n", 5},
-        {"beyond 32 bits", "MemFree: 4294967295\nBuffers: 1\nCached: 4\n", 4'294'967'300},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Script const script({row.report});
+    for (auto const& [report, kilobytes] :
+         {std::pair("MemFree: 1\nSwapCached: 64\nBuffers: 2\nCached: 4\n", 7ULL),
+          {"MemFree: 4294967295\nBuffers: 1\nCached: 4\n", 4'294'967'300ULL}}) {
+        Script const script({report});
         unsigned long long bytes = 7;
         EXPECT_CODE(PERR_OK, PProcess::getFreeMemory(bytes));
-        EXPECT_EQ(row.kilobytes * 1024, bytes);
+        EXPECT_EQ(kilobytes * 1024, bytes) << report;
     }
 }
 

@@ -21,18 +21,13 @@ struct Report {
 
 TEST(ProcessStart, SplitsArgumentsAtSingleSpaces) {
     Report const report("for a; do echo \"<$a>\"; done");
-    struct {
-        char const *what, *given, *seen;
-    } const rows[] = {
-        {"an empty one ends the list", "a  b c", "<a>\n"},
-        {"quotes mean nothing", "\"a b\"", "<\"a>\n<b\">\n"},
-        {"tabs and line ends go at both ends only", "a\t \nb\tc\r", "<a>\n<b\tc>\n"},
+    auto const seen = [&](char const* given) {
+        EXPECT_EQ(0, runToEnd({L"/bin/sh", report.arguments(given)}));
+        return report.text();
     };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        EXPECT_EQ(0, runToEnd({L"/bin/sh", report.arguments(row.given)}));
-        EXPECT_EQ(row.seen, report.text());
-    }
+    EXPECT_EQ("<a>\n", seen("a  b c")) << "an empty one ends the list";
+    EXPECT_EQ("<\"a>\n<b\">\n", seen("\"a b\"")) << "quotes mean nothing";
+    EXPECT_EQ("<a>\n<b\tc>\n", seen("a\t \nb\tc\r")) << "they are trimmed";
 }
 
 TEST(ProcessStart, PassesTextWithZerosBehindItWhole) {

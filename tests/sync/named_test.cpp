@@ -54,10 +54,10 @@ TYPED_TEST(Named, IsOpenToItsUserAndGroup) {
 }
 
 TYPED_TEST(Named, WithAnInvalidNameIsRefused) {
-    for (wchar_t const* const name : {L"", L"/plt/x", L"/\x20ac"}) {
-        TypeParam object(name);
-        EXPECT_CODE(TypeParam::REFUSED, object.init(true)) << name;
-        EXPECT_CODE(TypeParam::REFUSED, object.enter()) << name;
+    for (wchar_t const* const invalid : {L"", L"/plt/x", L"/\x20ac"}) {
+        TypeParam object(invalid);
+        EXPECT_CODE(TypeParam::REFUSED, object.init(true)) << invalid;
+        EXPECT_CODE(TypeParam::REFUSED, object.enter()) << invalid;
     }
 }
 
