@@ -61,20 +61,11 @@ TEST(LoadOfAProcess, IsItsShareOfTheMachine) {
 }
 
 TEST(LoadOfAProcess, IsNoneWhereItCannotBeCounted) {
-    std::string const zeros = "cpu 0 0 0 0 0 0 0 0 ";
-    struct {
-        char const* what;
-        Contents samples;
-        int code;
-    } const rows[] = {
-        {"nothing moved", {_bothFiles(7, 9, zeros)}, PERR_SYSTEM},
-        {"a counter missing", {_bothFiles(0, 0, "cpu 1 2 3 4 5 6 7 ")}, PERR_END_OF_FILE},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Script const script(row.samples);
+    for (auto const& [machine, code] : {std::pair("cpu 0 0 0 0 0 0 0 0 ", PERR_SYSTEM),
+                                        {"cpu 1 2 3 4 5 6 7 ", PERR_END_OF_FILE}}) {
+        Script const script({_bothFiles(7, 9, machine)});
         unsigned int percent = 7;
-        EXPECT_CODE(row.code, PProcess::getCPUUsage(1, percent));
+        EXPECT_CODE(code, PProcess::getCPUUsage(1, percent)) << machine;
         EXPECT_EQ(0U, percent);
     }
 }

@@ -55,20 +55,10 @@ TEST(ProcessStart, AddsItsEntriesToTheInheritedEnvironment) {
 }
 
 TEST(ProcessStart, ExitCodeTellsWhyAProgramCouldNotBeRun) {
-    struct {
-        char const* what;
-        PLiteral program, folder;
-        int exitCode;
-    } const rows[] = {
-        {"found along PATH", L"true", L"/", 0},
-        {"no program", L"/etc/passwd", L"", EACCES},
-        {"a name that the locale cannot express", L"/\x263A", L"", EFAULT},
-        {"a missing folder", L"/bin/true", L"/nowhere", 139},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        EXPECT_EQ(row.exitCode, runToEnd({row.program, L"", row.folder}));
-    }
+    EXPECT_EQ(0, runToEnd({L"true", L"", L"/"})) << "found along PATH";
+    EXPECT_EQ(EACCES, runToEnd({L"/etc/passwd", L"", L""})) << "no program";
+    EXPECT_EQ(EFAULT, runToEnd({L"/\x263A", L"", L""})) << "not in the locale";
+    EXPECT_EQ(139, runToEnd({L"/bin/true", L"", L"/nowhere"})) << "a missing folder";
 }
 
 TEST(ProcessStart, NothingIsStartedWithoutAProgram) {
