@@ -13,7 +13,6 @@ PTargetInfo record(wchar_t const* name, unsigned int id, wchar_t const* primary,
 
 std::string const AB = "09 85 00 00 00 02 61 62 07 00 00 01 02";      // name ab, number 258
 std::string const P_Q = "09 85 00 00 00 01 70 09 85 00 00 00 01 71";  // address p and q
-std::string const EMPTY = "09 85 00 00 00 00";
 
 }  // namespace
 
@@ -31,27 +30,6 @@ TEST(Record, IsCarriedMemberByMember) {
     EXPECT_TEXT(L"p", info.address.primary);
     EXPECT_TEXT(L"q", info.address.secondary);
     EXPECT_EQ(data.size(), reader.getOffset());
-}
-
-TEST(Record, KeepsTheMembersReadBeforeOneThatFails) {
-    struct {
-        char const* what;
-        std::string end;  // behind the name
-        int code;
-    } const rows[] = {
-        {"another marker than that of a number", " 08 00 00 00 01", PERR_DATA_MARKER},
-        {"a cut number", " 07 00 00 01", PERR_DATA_SHORT},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Bytes const data = bytes(EMPTY + row.end);
-        PDataReader reader(data);
-        PTargetID target{PLiteral(L"old"), 42};
-        EXPECT_CODE(row.code, Records::readPTargetID(reader, target));
-        EXPECT_TEXT(L"", target.name);
-        EXPECT_EQ(42U, target.id);
-        EXPECT_EQ(6U, reader.getOffset()) << "at the marker of the number";
-    }
 }
 
 TEST(RecordList, IsWrittenUpToTheTextThatFailsAndNothingIsTakenBack) {
