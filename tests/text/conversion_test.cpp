@@ -1,9 +1,7 @@
 #include <clocale>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <random>
 
 #include <portinglayer/files.h>
@@ -54,28 +52,24 @@ void _expectAsTheCLibrary(std::size_t (*theirs)(To*, From const*, std::size_t),
     ASSERT_EQ(expected, std::basic_string<To>(made.get(), expected.size()));
 }
 
-class InLocale : public testing::TestWithParam<char const*> {
-protected:
-    void SetUp() override {
-        if (setlocale(LC_CTYPE, GetParam()) == nullptr) made.emplace(GetParam());
-    }
-    void TearDown() override { setlocale(LC_CTYPE, "C"); }
-
-    std::optional<MadeLocale> made;
-    std::mt19937_64 random{20240};
-};
-
-INSTANTIATE_TEST_SUITE_P(Conversion, InLocale, testing::Values("C", "C.UTF-8", "EUC-JP"));
-
-}  // namespace
-
-TEST_P(InLocale, TextsAndBytesBecomeThoseOfTheCLibrary) {
-    for (int round = 0; round < 30'000 && !HasFailure(); ++round) {
+void _expectConversionsOfTheCLibrary() {
+    std::mt19937_64 random(20240);
+    for (int round = 0; round < 30'000 && !testing::Test::HasFailure(); ++round) {
         std::wstring const text = _randomText(random);
         std::string const bytes = _randomBytes(random);
         _expectAsTheCLibrary(wcstombs, PLiteral::pwchar2pchar, text, random() % 200);
         _expectAsTheCLibrary(mbstowcs, PLiteral::pchar2pwchar, bytes, random() % 60);
     }
+}
+
+}  // namespace
+
+TEST(Conversion, GivesWhatTheCLibraryGives) {
+    _expectConversionsOfTheCLibrary();
+    setlocale(LC_CTYPE, "C.UTF-8");
+    _expectConversionsOfTheCLibrary();
+    MadeLocale const japanese("EUC-JP");
+    _expectConversionsOfTheCLibrary();
 }
 
 TEST(Conversion, IsTheSameOfNamesAndTextsInANationalCodeset) {

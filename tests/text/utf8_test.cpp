@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <clocale>
 #include <random>
 
@@ -38,15 +39,14 @@ PString _string(std::wstring const& text) {
 /// Characters that any name may hold: of one byte, of up to two, and so on, in runs, so that conversions
 /// change between them at every place.
 std::wstring _randomText(std::mt19937& random, std::size_t least) {
-    wchar_t const ends[] = {0x80, 0x80, 0x800, 0x10000, LAST};
+    wchar_t const ends[] = {0x80, 0x80, 0x800, 0xD800, LAST};
     std::wstring text;
     while (text.size() < least) {
         wchar_t const end = ends[random() % 5];
-        for (auto left = random() % 40; left > 0; --left) {
-            auto const c = static_cast<wchar_t>(L'0' + random() % (end - L'0'));
-            text += _isSurrogate(c) || c == L'\\' ? L'0' : c;
-        }
+        for (auto left = random() % 40; left > 0; --left)
+            text += static_cast<wchar_t>(L'a' + random() % (end - L'a'));
     }
+    std::replace_if(text.begin(), text.end(), _isSurrogate, L'0');
     return text;
 }
 
