@@ -14,21 +14,14 @@ std::string const PIECE(255, 'x');  // a line call gives no more bytes at once
 }  // namespace
 
 TEST(ScriptedStatus, MemoryIsTheNumberBehindItsKey) {
-    struct {
-        char const* what;
-        std::string status;
-        unsigned long long bytes;
-    } const rows[] = {
-        {"the largest", "VmRSS: 4294967295 kB\n", 4'398'046'510'080},
-        {"a key within a line is none", "Name: VmRSS: 5\n VmRSS: 6\nVmRSS: 7\n", 7168},
-        {"a long line comes in pieces", PIECE + "VmRSS: 5\nVmRSS: 6", 5120},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Script const script({row.status});
-        unsigned long long bytes = 0;
-        EXPECT_CODE(PERR_OK, PProcess::getMemoryUsage(1, bytes));
-        EXPECT_EQ(row.bytes, bytes);
+    for (auto const& [status, bytes] :
+         {std::pair(std::string("VmRSS: 4294967295 kB\n"), 4'398'046'510'080ULL),
+          {"Name: VmRSS: 5\n VmRSS: 6\nVmRSS: 7\n", 7168},
+          {PIECE + "VmRSS: 5\nVmRSS: 6", 5120}}) {
+        Script const script({status});
+        unsigned long long found = 0;
+        EXPECT_CODE(PERR_OK, PProcess::getMemoryUsage(1, found));
+        EXPECT_EQ(bytes, found) << status;
     }
 }
 
@@ -117,21 +110,14 @@ TEST(ScriptedMachine, FreeMemoryIsTheSumOfThreeLines) {
 
 TEST(ScriptedUser, IsRootUnlessALineHoldsTheKeyInSmallLetters) {
     std::string const accounts = "a:x:17:71:\n:b:x:5:7:\nc:x:7:7:\n";
-    struct {
-        char const* what;
-        std::string status;
-        wchar_t const* name;
-    } const rows[] = {
-        {"the key as the system writes it", "Name:\tx\nUid:\t7\t7\n", L"root"},
-        {"in small letters", "Name:\tx\nuid:\t17\n", L"a"},
-        {"within a line, and a group's number counts", "Name:\t7uid\n", L"b"},
-        {"no account", "uid:\t8\n", L"kept"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Script const script({row.status + accounts});  // both files
+    for (auto const& [status, account] : {std::pair("Name:\tx\nUid:\t7\t7\n", L"root"),
+                                          {"Name:\tx\nuid:\t17\n", L"a"},
+                                          {"Name:\t7uid\n", L"b"},  // a group's number counts
+                                          {"uid:\t8\n", L"kept"}}) {
+        SCOPED_TRACE(status);
+        Script const script({status + accounts});  // both files
         PString name(L"kept", 4);
         EXPECT_CODE(PERR_OK, PProcess::getUserName(1, name));
-        EXPECT_TEXT(row.name, name);
+        EXPECT_TEXT(account, name);
     }
 }

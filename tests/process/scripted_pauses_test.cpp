@@ -21,12 +21,13 @@ TEST(ScriptedPauses, AWaitIsDividedIntoTenthsOfASecondAtLeast) {
     Child child;
     for (auto const& row : rows) {
         SCOPED_TRACE(row.milliseconds);
+        Calls const expected(row.sleeps, row.sleep);
         Script const byId;
         EXPECT_TRUE(PProcess::waitFinish(child.pid, row.milliseconds));
-        EXPECT_EQ(Calls(row.sleeps, row.sleep), byId.calls());
+        EXPECT_EQ(expected, byId.calls());
         Script const byObject;
         EXPECT_TRUE(child.process.waitFinish(row.milliseconds));
-        EXPECT_EQ(Calls(row.sleeps, row.sleep), byObject.calls());
+        EXPECT_EQ(expected, byObject.calls());
     }
 }
 
