@@ -90,15 +90,9 @@ TEST(Conversion, EndsBeforeTheCharacterThatDoesNotFit) {
     bytes.reset(PLiteral::pwchar2pchar(L"a\u00e9", P_WHOLE_STRING));
     EXPECT_STREQ("a", bytes.get());
     EXPECT_EQ(nullptr, PLiteral::pwchar2pchar(nullptr, 5));
+    EXPECT_EQ(nullptr, PLiteral::pchar2pwchar(nullptr, 5));
     EXPECT_EQ(nullptr, PLiteral::pwchar2pchar(L"a", ~0UL)) << "without memory";
     setlocale(LC_CTYPE, "C");
-}
-
-TEST(Conversion, OfBytesMakesSoManyCharacters) {
-    EXPECT_EQ(nullptr, PLiteral::pchar2pwchar(static_cast<char const*>(nullptr), 5));
-    EXPECT_EQ(nullptr, PLiteral::pchar2pwchar("a", ~0UL / 2));
-    std::unique_ptr<wchar_t[]> const text(PLiteral::pchar2pwchar("abc", P_WHOLE_STRING));
-    EXPECT_STREQ(L"abc", text.get());
 }
 
 TEST(Conversion, OfALiteralIsANewArray) {

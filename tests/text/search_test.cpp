@@ -48,13 +48,6 @@ TEST(TextSearch, FindsAnEmptyTextOnlyInAnEmptyOne) {
     }
 }
 
-TEST(TextSearch, CountsZeroCharactersAsAnyOther) {
-    wchar_t const characters[] = L"ab\0cd\0cd";
-    View const text(characters, 8);
-    EXPECT_EQ(2UL, _find(text, View(L"\0c", 2), FORWARD, EXACT));
-    EXPECT_EQ(5UL, _find(text, View(L"\0C", 2), FROM_END, IGNORING_CASE));
-}
-
 TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
     constexpr unsigned long MOST = 1UL << 31U;
     constexpr unsigned long BYTES = (MOST + 1) * sizeof(wchar_t);
@@ -72,15 +65,11 @@ TEST(TextSearch, OfWhatNearlyStandsEverywhereEndsSoonAndIsRight) {
     std::wstring const most(100000, L'a');
     std::wstring const sought = most + L"b" + most;
     std::wstring text(4000000, L'a');
+    text[2000000] = L'b';
     auto const start = std::chrono::steady_clock::now();
-    for (bool const ignoreCase : {EXACT, IGNORING_CASE}) {
-        for (bool const fromEnd : {FORWARD, FROM_END}) {
-            text[2000000] = L'a';
-            EXPECT_EQ(NOWHERE, _find(text.c_str(), sought.c_str(), fromEnd, ignoreCase));
-            text[2000000] = L'b';
+    for (bool const ignoreCase : {EXACT, IGNORING_CASE})
+        for (bool const fromEnd : {FORWARD, FROM_END})
             EXPECT_EQ(1900000UL, _find(text.c_str(), sought.c_str(), fromEnd, ignoreCase));
-        }
-    }
     // Place by place it takes minutes, and much less than a second as it is.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }

@@ -130,7 +130,6 @@ TEST(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSetAndCharactersWhereItIsMa
 TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
     static PLiteral const xyz(L"xyz");
     _expectEdits({
-        {"all", L"ab", [](S s) { return s.insert(1, L"xy", P_WHOLE_STRING); }, PERR_OK, L"axyb"},
         {"at the end", L"abc", [](S s) { return s.insert(3, L"x", 1); }, PERR_OK, L"abcx"},
         {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},
         {"its own", L"abc", [](S s) { return s.insert(1, s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
