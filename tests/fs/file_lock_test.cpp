@@ -1,9 +1,11 @@
 #include <ctime>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 
+#include <faults/interpose.h>
 #include <fs/files.h>
 #include <portinglayer/file_locks.h>
 
@@ -12,6 +14,10 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr unsigned int FOREVER = 4294967295U;
+
+static std::function<void()> beforeLocking;  // happens once, when the file is open
+
+INTERPOSE(flock, if (beforeLocking) std::exchange(beforeLocking, nullptr)())
 
 class FileLock : public InAFolder {
 protected:
@@ -134,4 +140,10 @@ TEST_F(FileLock, IsThatOfTheFileThatStandsUnderTheNameNow) {
         changing.join();
         EXPECT_CODE(PERR_LOCKED, PFileLock().lock(name, 0));
     }
+}
+
+TEST_F(FileLock, IsNotThatOfAFileThatIsReplacedWhileItIsLocked) {
+    beforeLocking = [&] { fs::rename(scratch.write("new", ""), scratch.path("f")); };
+    EXPECT_CODE(PERR_OK, lock.lock(name, 0));
+    EXPECT_CODE(PERR_LOCKED, other.lock(name, 0));
 }

@@ -4,10 +4,21 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+#include <faults/interpose.h>
 #include <fs/files.h>
 #include <portinglayer/replacements.h>
 
 namespace fs = std::filesystem;
+
+static std::string steps;  // those that make new content last
+
+static bool _isFolder(long fd) {
+    struct stat facts = {};
+    return fstat(static_cast<int>(fd), &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+INTERPOSE(fsync, steps += _isFolder(a) ? "flush folder " : "flush file ")
+INTERPOSE(renameat, steps += "move ")
 
 class Replacement : public InAFolder {
 protected:
@@ -53,6 +64,12 @@ TEST_F(Replacement, OfAFileWithoutAccessListGetsNoneFromItsFolder) {
         << "the folder of the tests keeps no access lists";
     EXPECT_CODE(PERR_OK, replace(scratch.wpath("file"), L"new"));
     EXPECT_EQ(-1, getxattr(scratch.path("file").c_str(), "system.posix_acl_access", nullptr, 0));
+}
+
+TEST_F(Replacement, IsFlushedBeforeItIsMovedAndTheFolderAfterwards) {
+    steps.clear();
+    EXPECT_CODE(PERR_OK, replace(scratch.wpath("file"), L"new"));
+    EXPECT_EQ("flush file move flush folder ", steps);
 }
 
 TEST_F(Replacement, TakesNothingThatIsPrintedToAClosedStream) {
