@@ -16,8 +16,8 @@ constexpr unsigned char STRING_LIST_TAG = 0x89;
 
 constexpr std::size_t TAGGED_BYTES = 5;  // a marker and the 4 bytes of a count, length or number
 
-// Shifts mean the same on every machine. Written out for each byte, reading is compiled to one swapped
-// move, which a loop is not; writing is so either way.
+// Shifts mean the same on every machine. Written out for each byte, reading is compiled to one
+// swapped move, which a loop is not; writing is so either way.
 
 template <typename Bits, std::size_t... INDEX>
 Bits _joined(unsigned char const* from, std::index_sequence<INDEX...> /*all its bytes*/) {

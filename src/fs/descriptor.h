@@ -36,9 +36,9 @@ private:
     int fd;
 };
 
-/// Moves a descriptor, which is close-on-exec, behind the three standard streams, where one of them was
-/// closed and it got the place: there it would take what the program prints, and be handed to the
-/// programs that are started. False, with errno, when the system has no other.
+/// Moves a descriptor, which is close-on-exec, behind the three standard streams, where one of them
+/// was closed and it got the place: there it would take what the program prints, and be handed to
+/// the programs that are started. False, with errno, when the system has no other.
 inline bool _leaveStandardStreams(Descriptor& descriptor) {
     if (!descriptor.isOpen() || descriptor.get() > STDERR_FILENO) return true;
     Descriptor moved(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));

@@ -20,7 +20,8 @@ constexpr mode_t OWNER_MODE = 0600;
 constexpr mode_t ALL_BITS = 07777;
 constexpr mode_t SET_ID_BITS = S_ISUID | S_ISGID;
 
-/// Opens the folder of a path, which is relative to another one, and notes the last part of the path.
+/// Opens the folder of a path, which is relative to another one, and notes the last part of the
+/// path.
 int _enter(ReplacedFile& at, std::string const& path) {
     std::size_t const slash = path.rfind('/');
     std::string const folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);

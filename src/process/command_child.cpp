@@ -38,8 +38,8 @@ int _look(idtype_t type, int id, siginfo_t& info) {
     return waitid(type, static_cast<id_t>(id), &info, WEXITED | WNOHANG | WNOWAIT);
 }
 
-/// Sleeps until a process ends or the time is over; without a descriptor, for the time. PERR_OK also
-/// where a signal came first.
+/// Sleeps until a process ends or the time is over; without a descriptor, for the time. PERR_OK
+/// also where a signal came first.
 int _sleep(int process, Deadline const& until) {
     timespec place{};
     pollfd look{process, POLLIN, 0};

@@ -12,12 +12,13 @@
 /// Tells before anything is started whether a child could be held: PERR_OK or the code of `start`.
 int _canHoldChildren();
 
-/// The latest child. What it is signalled or awaited through is its process descriptor, and its group
-/// is signalled only while the child, collected or not, is known to keep the id of the group in use.
+/// The latest child. What it is signalled or awaited through is its process descriptor, and its
+/// group is signalled only while the child, collected or not, is known to keep the id of the group
+/// in use.
 class CommandChild {
 public:
-    /// Holds a child that was just started. On PERR_SYSTEM and PERR_NO_MEMORY it could not be held: it
-    /// was killed and collected, and what was held before stays.
+    /// Holds a child that was just started. On PERR_SYSTEM and PERR_NO_MEMORY it could not be held:
+    /// it was killed and collected, and what was held before stays.
     int hold(pid_t child, bool leadsGroup);
 
     /// Whether a child was started that nobody has collected.

@@ -143,7 +143,8 @@ std::string _searchPath() {
     return path;
 }
 
-/// Looks for a program without slash. Relative folders are passed over: they hang on the current one.
+/// Looks for a program without slash. Relative folders are passed over: they hang on the current
+/// one.
 int _findAlongPath(std::string const& name, std::string& path) {
     int code = PERR_NO_SUCH_FILE;
     std::string const folders = _searchPath();

@@ -19,8 +19,8 @@ public:
     /// Adds a change: the entry is NAME=VALUE to set a variable, NAME to remove it.
     void add(std::string&& entry) { changes.push_back(std::move(entry)); }
 
-    /// The environment of this process with the changes applied, ended by a null pointer, for as long
-    /// as neither is changed.
+    /// The environment of this process with the changes applied, ended by a null pointer, for as
+    /// long as neither is changed.
     std::vector<char*> apply() const;
 
 private:

@@ -22,8 +22,8 @@ ssize_t _readSome(Descriptor const& from, char* buffer, std::size_t length);
 /// Feeds a child and reads both of its outputs at once, until they have ended and the child too.
 class CommandExchange {
 public:
-    /// Streams that end are closed. `process` is a descriptor that becomes readable when the child has
-    /// ended. What is given has to outlive the object.
+    /// Streams that end are closed. `process` is a descriptor that becomes readable when the child
+    /// has ended. What is given has to outlive the object.
     CommandExchange(CommandStreams& pipes, int process, std::string const& bytes)
         : streams(pipes), child(process), input(bytes) {}
 

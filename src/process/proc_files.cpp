@@ -13,7 +13,8 @@ void CloseStream::operator()(std::FILE* stream) const {
 }
 
 ProcStream _openProcStream(char const* path) {
-    // Not cancelled in between (the C library's "c"): a thread that ended there would leak a stream.
+    // Not cancelled in between (the C library's "c"): a thread that ended there would leak a
+    // stream.
     return ProcStream(std::fopen(path, "rec"));
 }
 

@@ -34,8 +34,8 @@ private:
 /// Whether a line begins with a key.
 bool _startsWith(char const* line, char const* key);
 
-/// A file that is read from its beginning to its end, in blocks or by line, each line call giving at
-/// most 255 bytes: a longer line comes in pieces.
+/// A file that is read from its beginning to its end, in blocks or by line, each line call giving
+/// at most 255 bytes: a longer line comes in pieces.
 class ProcFile {
 public:
     static constexpr std::size_t LINE_BYTES = 256;
@@ -57,8 +57,8 @@ public:
     /// The next line that begins with `key`; the lines before it are skipped. Null without one.
     char* findLine(char const* key);
 
-    /// Gives the first line of each key to `take(index of the key, line)`, in the order of the file,
-    /// and reads no further than needed. False when a key has no line.
+    /// Gives the first line of each key to `take(index of the key, line)`, in the order of the
+    /// file, and reads no further than needed. False when a key has no line.
     template <std::size_t COUNT, class Take>
     bool takeFirstLines(char const* const (&keys)[COUNT], Take const& take) {
         bool taken[COUNT] = {};
@@ -88,7 +88,8 @@ private:
 void _readNumber(char const* line, unsigned int& value);
 
 /// Makes characters of a terminated text of at most 255 bytes, exactly as many as it has.
-/// PERR_CONVERSION where the locale cannot, with `out` left alone; PERR_NO_MEMORY, with `out` empty.
+/// PERR_CONVERSION where the locale cannot, with `out` left alone; PERR_NO_MEMORY, with `out`
+/// empty.
 int _convertText(char const* text, PString& out);
 
 /// Reads the name of a "Name:" line without the white space around it, cutting the line at its end;

@@ -40,8 +40,8 @@ bool _copyEntries(std::vector<PString>& to, std::vector<PString> const& from) {
     return true;
 }
 
-/// The multibyte text that the locale makes of `limit` characters, cut to as many bytes; empty where
-/// it cannot. Throws without memory.
+/// The multibyte text that the locale makes of `limit` characters, cut to as many bytes; empty
+/// where it cannot. Throws without memory.
 std::string _narrowed(wchar_t const* text, std::size_t limit) {
     std::string bytes(limit, '\0');
     std::size_t const made = limit == 0 ? 0 : _narrow(bytes.data(), text, limit);

@@ -4,8 +4,8 @@
 
 #include <sys/types.h>
 
-/// Finds a process of the group that has not ended. 0 when none is left; the id of the caller when the
-/// system does not tell, so that nobody takes the group for gone.
+/// Finds a process of the group that has not ended. 0 when none is left; the id of the caller when
+/// the system does not tell, so that nobody takes the group for gone.
 pid_t _runningMember(pid_t group);
 
 #endif

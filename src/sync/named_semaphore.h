@@ -11,10 +11,10 @@ struct NamedSemaphoreCodes {
     int refused;
 };
 
-/// Creates `name` with the given count (the name must be new), or opens an existing one. A name that
-/// the system finds too long is cut in place to its first 13 characters, for all later use, and tried
-/// once more; a null name is refused. Returns PERR_OK, PERR_NOT_SUPPORTED or one of `codes`; `semaphore`
-/// is null on failure.
+/// Creates `name` with the given count (the name must be new), or opens an existing one. A name
+/// that the system finds too long is cut in place to its first 13 characters, for all later use,
+/// and tried once more; a null name is refused. Returns PERR_OK, PERR_NOT_SUPPORTED or one of
+/// `codes`; `semaphore` is null on failure.
 int _openNamedSemaphore(sem_t*& semaphore, char* name, bool create, unsigned int value,
                         NamedSemaphoreCodes const& codes);
 

@@ -1,6 +1,6 @@
-/// Sixteen characters at once, with the vector instructions that every x86-64 has, and by plain loops
-/// on other processors: no other file asks for the processor. As the compiler vectorises them, the
-/// loops take four times as long to convert 4,096 characters.
+/// Sixteen characters at once, with the vector instructions that every x86-64 has, and by plain
+/// loops on other processors: no other file asks for the processor. As the compiler vectorises
+/// them, the loops take four times as long to convert 4,096 characters.
 #ifndef PORTINGLAYER_TEXT_ASCII_BLOCK_H
 #define PORTINGLAYER_TEXT_ASCII_BLOCK_H
 
@@ -59,8 +59,8 @@ inline bool _widenAsciiBlock(wchar_t* to, char const* from) {
     return true;
 }
 
-/// Narrows a block as far as its characters are ASCII and not 0. Returns a bit for each of the others,
-/// the lowest for the first; what is written from there on means nothing.
+/// Narrows a block as far as its characters are ASCII and not 0. Returns a bit for each of the
+/// others, the lowest for the first; what is written from there on means nothing.
 inline unsigned _narrowAsciiFront(char* to, wchar_t const* from) {
     __m128i const bytes = _bytesOf(from);
     __m128i const zeros = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
@@ -75,8 +75,8 @@ inline unsigned _widenAsciiFront(wchar_t* to, char const* from) {
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
-/// At which of sixteen places the first character and, behind them, the last are the given ones: the
-/// lowest bit stands for `first[0]` and `last[0]`.
+/// At which of sixteen places the first character and, behind them, the last are the given ones:
+/// the lowest bit stands for `first[0]` and `last[0]`.
 inline unsigned _placesBetween(wchar_t const* first, wchar_t firstWanted, wchar_t const* last,
                                wchar_t lastWanted) {
     auto const* const firsts = reinterpret_cast<__m128i const*>(first);

@@ -26,8 +26,8 @@ bool _isDigit(wchar_t c) {
 }
 
 /// Reads digits, with a minus sign for a signed type, that begin at the first character: the value
-/// that swscanf gives, which scans 64 bits and cuts to the type's size. False, with `out` as it was,
-/// for everything else: white space, a plus sign, more than 64 bits.
+/// that swscanf gives, which scans 64 bits and cuts to the type's size. False, with `out` as it
+/// was, for everything else: white space, a plus sign, more than 64 bits.
 template <typename T>
 bool _readPlainNumber(wchar_t const* s, T& out) {
     bool const negative = std::is_signed_v<T> && *s == L'-';
@@ -53,8 +53,8 @@ int _strToNumber(PLiteral const& s, wchar_t const* format, T& out) {
     return swscanf(text, format, &out) == 1 ? PERR_OK : PERR_BAD_FORMAT;
 }
 
-/// The digits of 0 to 99. Written two a step and straight in wide characters, a number becomes text in
-/// two thirds of the time of `std::to_chars` and widening what that gives.
+/// The digits of 0 to 99. Written two a step and straight in wide characters, a number becomes text
+/// in two thirds of the time of `std::to_chars` and widening what that gives.
 constexpr auto DIGIT_PAIRS = [] {
     std::array<wchar_t[2], 100> pairs{};
     for (std::size_t i = 0; i < 100; ++i) {
@@ -104,8 +104,8 @@ bool _scanHexByte(wchar_t const* s, unsigned char& out) {
     return true;
 }
 
-/// Takes an item off the front, with its mark and the comma behind it. The comma is searched up to a
-/// zero character: without one the item is all that is left.
+/// Takes an item off the front, with its mark and the comma behind it. The comma is searched up to
+/// a zero character: without one the item is all that is left.
 std::wstring_view _takeItem(std::wstring_view& rest) {
     rest.remove_prefix(MARK.size());
     std::size_t stop = 0;
@@ -117,14 +117,15 @@ std::wstring_view _takeItem(std::wstring_view& rest) {
     return item;
 }
 
-/// Reads every item into `bytes`, which has room for all of them. The text is taken apart as the same
-/// steps on a PString would, without moving the rest down for each item.
+/// Reads every item into `bytes`, which has room for all of them. The text is taken apart as the
+/// same steps on a PString would, without moving the rest down for each item.
 bool _readItems(std::wstring_view rest, unsigned char* bytes, unsigned long& count) {
     wchar_t const* const zero = std::find(rest.begin(), rest.end(), L'\0');
     for (count = 0;; ++count) {
         wchar_t const* const start = rest.data();
         rest = _stripped(rest);
-        // What moves to the front ends at the first zero. It is searched once: the time stays linear.
+        // What moves to the front ends at the first zero. It is searched once: the time stays
+        // linear.
         if (rest.data() != start)
             rest = rest.substr(0, static_cast<std::size_t>(zero - rest.data()));
         if (rest.empty()) return true;

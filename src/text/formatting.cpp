@@ -51,8 +51,8 @@ int _setArgument(PString& element, char const* argument, bool first, wchar_t sep
 }  // namespace
 
 /// Formats on the stack; whatever does not end well there is done again with all the room there is,
-/// on a ground of zeros: it gives the text cut by the limit, or what stands before a conversion that
-/// fails. The output is assigned last, so that arguments may point into its former text.
+/// on a ground of zeros: it gives the text cut by the limit, or what stands before a conversion
+/// that fails. The output is assigned last, so that arguments may point into its former text.
 int PUtils::vformatString(PString& out, PLiteral const& format, va_list args) {
     bool const emptied = &format == &out || format.ptr() == nullptr;  // the output goes first
     if (emptied) return _assign(out, L"");

@@ -22,7 +22,8 @@ constexpr std::size_t PART = 768;      // characters encoded at once: within a p
 constexpr std::size_t MOST_BYTES = 4;  // of a character
 constexpr std::size_t PART_BYTES = PART * MOST_BYTES + ASCII_BLOCK;
 
-/// Encodes one character behind the other. Null at one that has no form, else the end of what was written.
+/// Encodes one character behind the other. Null at one that has no form, else the end of what was
+/// written.
 char* _encodeEach(char* to, wchar_t const* from, wchar_t const* const end) {
     for (; from != end; ++from) {
         std::uint32_t const c = _codePoint(*from);
@@ -81,8 +82,8 @@ std::ptrdiff_t _announced(char const* s) {
     return lead < 0xF0 ? 3 : 4;
 }
 
-/// Decodes one character behind the other up to the next that is ASCII with a block behind it. False at
-/// the first that is not well-formed.
+/// Decodes one character behind the other up to the next that is ASCII with a block behind it.
+/// False at the first that is not well-formed.
 bool _decodeOthers(wchar_t*& to, char const*& from, char const* const end) {
     do {
         std::uint32_t c = _utf8Byte(from);
@@ -95,8 +96,8 @@ bool _decodeOthers(wchar_t*& to, char const*& from, char const* const end) {
     return true;
 }
 
-/// Decodes into room for as many characters as there are bytes. Null where they are not well-formed,
-/// else the end of what was written.
+/// Decodes into room for as many characters as there are bytes. Null where they are not
+/// well-formed, else the end of what was written.
 wchar_t* _decode(wchar_t* to, char const* from, char const* const end) {
     std::size_t const run = _widenAsciiRun(to, from, static_cast<std::size_t>(end - from));
     to += run;

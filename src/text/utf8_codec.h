@@ -1,4 +1,5 @@
-/// The form of single characters in UTF-8. What is ASCII is its own form, and quicker where it is met.
+/// The form of single characters in UTF-8. What is ASCII is its own form, and quicker where it is
+/// met.
 #ifndef PORTINGLAYER_TEXT_UTF8_CODEC_H
 #define PORTINGLAYER_TEXT_UTF8_CODEC_H
 
@@ -10,7 +11,8 @@ inline std::uint32_t _codePoint(wchar_t c) {
     return static_cast<std::uint32_t>(c);
 }
 
-/// Bytes of a character beyond ASCII; 0 for what is no character: surrogates, and all above U+10FFFF.
+/// Bytes of a character beyond ASCII; 0 for what is no character: surrogates, and all above
+/// U+10FFFF.
 inline std::ptrdiff_t _utf8Length(std::uint32_t c) {
     if (c < 0x800) return 2;
     if (c >= 0xD800 && c <= 0xDFFF) return 0;
@@ -61,7 +63,8 @@ inline std::uint32_t _sixUtf8Bits(char const* s) {
 }
 
 /// Decodes a character beyond ASCII, looking at no byte behind the first that does not continue it.
-/// Returns its bytes; 0 when they are no well-formed character: overlong, a surrogate, cut and such.
+/// Returns its bytes; 0 when they are no well-formed character: overlong, a surrogate, cut and
+/// such.
 inline std::ptrdiff_t _decodeUtf8(char const* s, std::uint32_t& c) {
     std::uint32_t const lead = _utf8Byte(s);
     if (lead < 0xC2 || lead > 0xF4 || !_continuesUtf8(s + 1)) return 0;

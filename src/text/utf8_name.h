@@ -6,8 +6,8 @@
 
 #include <portinglayer/strings.h>
 
-/// Encodes a text that the system ends at its first zero. Gives PERR_OK, PERR_INVALID_ARGUMENT for a
-/// zero character, PERR_BAD_FORMAT or PERR_NO_MEMORY; `bytes` is written only on success.
+/// Encodes a text that the system ends at its first zero. Gives PERR_OK, PERR_INVALID_ARGUMENT for
+/// a zero character, PERR_BAD_FORMAT or PERR_NO_MEMORY; `bytes` is written only on success.
 int _utf8Text(PLiteral const& text, std::string& bytes);
 
 /// As above, for a name: an empty one is PERR_INVALID_ARGUMENT, too.

@@ -1,4 +1,5 @@
-/// What counts as white space wherever text is trimmed or split: four characters, whatever the locale.
+/// What counts as white space wherever text is trimmed or split: four characters, whatever the
+/// locale.
 #ifndef PORTINGLAYER_TEXT_WHITE_SPACE_H
 #define PORTINGLAYER_TEXT_WHITE_SPACE_H
 
