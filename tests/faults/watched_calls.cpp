@@ -8,7 +8,6 @@
 #include <faults/sweep.h>
 
 // clang-format off
-// Those for arrays forward here, but under a sanitizer.
 void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
     void* const block = failsNow(true) ? nullptr : std::malloc(bytes);
     countBlocks(block != nullptr ? 1 : 0);
@@ -23,6 +22,11 @@ void operator delete(void* block) noexcept {
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+// Those for arrays forward by themselves, but under a sanitizer.
+void* operator new[](std::size_t bytes, std::nothrow_t const&) noexcept { return operator new(bytes, std::nothrow); }
+void* operator new[](std::size_t bytes) { return operator new(bytes); }
+void operator delete[](void* block) noexcept { operator delete(block); }
+void operator delete[](void* block, std::size_t) noexcept { operator delete(block); }
 
 #define WATCH(name) INTERPOSE(name, if (failsNow()) return -1)
 #define WATCH_NULL(name) INTERPOSE(name, if (failsNow()) return 0)
