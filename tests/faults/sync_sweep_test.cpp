@@ -100,10 +100,19 @@ TEST_F(SyncSweep, AConditionIsInitialisedUsedAndClosedOrNot) {
 TEST_F(SyncSweep, AThreadIsStartedJoinedAndDetachedOrNot) {
     PThread thread;
     void* result = nullptr;
-    auto const start = [&] { return thread.pcreate([](void* given) { return given; }, this); };
+    static std::atomic<int> begun = 0;
+    auto const routine = [](void* given) {
+        ++begun;
+        return given;
+    };
+    auto const start = [&] { return thread.pcreate(routine, this); };
     auto const join = [&] { return thread.pjoin(result); };
     auto const none = [&] { (void)thread.pjoin(result); };
-    auto const started = [&] { (void)firstFailure({thread.pjoin(result), start()}); };
+    auto const started = [&] {  // until then it reads its routine from the object
+        int const earlier = begun;
+        (void)firstFailure({thread.pjoin(result), start()});
+        EXPECT_TRUE(eventually([&] { return begun > earlier; }));
+    };
     auto const joined = [&](int) { EXPECT_CODE(PERR_THREAD, thread.pjoin(result)); };
     sweep({"pcreate", {PERR_THREAD}, start, none, gives(PERR_OK, PERR_THREAD, join)});
     sweep({"pjoin", {PERR_THREAD_JOIN}, join, started, joined});
