@@ -1,5 +1,6 @@
 #include <faults/sweep.h>
 #include <portinglayer/threads.h>
+#include <support/child_run.h>
 #include <sync/locks.h>
 
 namespace {
