@@ -16,9 +16,9 @@ bool _isProcess(dirent const& entry) {
 
 }  // namespace
 
-void ProcessEntries::CloseDirectory::operator()(DIR* directory) const {
+void ProcessEntries::CloseDirectory::operator()(DIR* stream) const {
     Uncancelled const uncancelled;
-    (void)closedir(directory);
+    (void)closedir(stream);
 }
 
 ProcessEntries::ProcessEntries() : directory(opendir("/proc")) {

@@ -18,7 +18,7 @@ public:
 
 private:
     struct CloseDirectory {
-        void operator()(DIR* directory) const;
+        void operator()(DIR* stream) const;
     };
 
     std::unique_ptr<DIR, CloseDirectory> directory;

@@ -39,7 +39,7 @@ PORTINGLAYER_AVX2 bool _widenWideBlock(wchar_t* to, char const* from) {
     __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(from));
     if (_mm256_movemask_epi8(bytes) != 0) return false;
     auto* const words = reinterpret_cast<__m256i*>(to);
-    for (int i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i)
         _mm256_storeu_si256(words + i, _mm256_cvtepu8_epi32(_mm_loadl_epi64(
                                            reinterpret_cast<__m128i const*>(from + 8 * i))));
     return true;
