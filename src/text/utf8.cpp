@@ -12,7 +12,6 @@
 #include "text/adopted_text.h"
 #include "text/allocation.h"
 #include "text/ascii_block.h"
-#include "text/ascii_run.h"
 #include "text/utf8_codec.h"
 
 namespace {
