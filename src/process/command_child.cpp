@@ -18,6 +18,7 @@ namespace {
 
 constexpr unsigned int LOOK_MS = 50;     // at processes that may leave the group instead of ending
 constexpr unsigned int DYING_MS = 1000;  // for killed processes, unless the system keeps one
+constexpr unsigned int TRACED_MS = 1;    // between looks at an ended child that a tracer keeps
 
 // The C library declares both for C alone.
 Descriptor _openProcess(pid_t pid) {
@@ -38,14 +39,27 @@ int _look(idtype_t type, int id, siginfo_t& info) {
     return waitid(type, static_cast<id_t>(id), &info, WEXITED | WNOHANG | WNOWAIT);
 }
 
-/// Sleeps until a process ends or the time is over; without a descriptor, for the time. PERR_OK
-/// also where a signal came first.
-int _sleep(int process, Deadline const& until) {
-    timespec place{};
-    pollfd look{process, POLLIN, 0};
-    int const ready = ppoll(&look, 1, until.left(place), nullptr);
-    return ready >= 0 || errno == EINTR ? PERR_OK : PERR_SYSTEM;
-}
+/// Waits for the end of one process, between looks at whether that can be collected.
+class EndWatch {
+public:
+    /// Without a descriptor only the time counts.
+    explicit EndWatch(int descriptor) : process(descriptor) {}
+
+    /// Sleeps until the process ends or the time is over. Where it has ended already its tracer
+    /// keeps it: then for a moment. PERR_OK also where a signal came first.
+    int sleep(Deadline const& until) {
+        timespec place{};
+        pollfd look{process, POLLIN, 0};
+        Deadline const over = ended ? until.within(TRACED_MS) : until;
+        int const ready = ppoll(&look, ended ? 0 : 1, over.left(place), nullptr);
+        ended = ended || ready > 0;
+        return ready >= 0 || errno == EINTR ? PERR_OK : PERR_SYSTEM;
+    }
+
+private:
+    int process;
+    bool ended = false;
+};
 
 /// For a child that could not be held: nobody knows of it yet.
 void _abandon(pid_t child, bool leadsGroup) {
@@ -64,8 +78,11 @@ int _sendCode(int result) {
 
 int _canHoldChildren() {
     Descriptor const self = _openProcess(getpid());
-    if (self.isOpen()) return PERR_OK;
+    siginfo_t info{};
+    // Nobody is a child of itself, and is told so where one can be awaited by its descriptor.
+    if (self.isOpen() && (_look(P_PIDFD, self.get(), info) == 0 || errno == ECHILD)) return PERR_OK;
     switch (errno) {
+    case EINVAL:  // of waiting: it came later than the descriptors
     case ENOSYS:
     case EPERM: return PERR_NOT_SUPPORTED;  // a filter of calls refuses what it does not know
     case ENOMEM: return PERR_NO_MEMORY;
@@ -104,10 +121,10 @@ bool CommandChild::isHeld() {
 }
 
 int CommandChild::await(PEnding& how, Deadline const& until) {
-    for (;;) {
+    for (EndWatch watch(process.get());;) {
         int const code = collect(how);
         if (code != PERR_PROCESS_RUNNING || until.isOver()) return code;
-        int const slept = _sleep(process.get(), until);
+        int const slept = watch.sleep(until);
         if (slept != PERR_OK) return slept;
     }
 }
@@ -163,7 +180,7 @@ int CommandChild::signalGroup(int number) {
 }
 
 int CommandChild::awaitGroup(Deadline const& until) {
-    for (;;) {
+    for (EndWatch watch(process.get());;) {
         siginfo_t info{};
         if (_look(P_PIDFD, process.get(), info) != 0)
             return errno == ECHILD ? PERR_OK : PERR_SYSTEM;
@@ -172,8 +189,9 @@ int CommandChild::awaitGroup(Deadline const& until) {
         if (ended && member == 0) return PERR_OK;
         if (until.isOver()) return PERR_PROCESS_RUNNING;
 
-        int const slept = ended ? _sleep(_openProcess(member).get(), until.within(LOOK_MS))
-                                : _sleep(process.get(), until);
+        Descriptor const other = ended ? _openProcess(member) : Descriptor();
+        int const slept =
+            ended ? EndWatch(other.get()).sleep(until.within(LOOK_MS)) : watch.sleep(until);
         if (slept != PERR_OK) return slept;
     }
 }

@@ -6,6 +6,7 @@
 #include <faults/interpose.h>
 #include <faults/sweep.h>
 #include <portinglayer/commands.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 namespace {
@@ -72,14 +73,53 @@ TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
     EXPECT_GT(refused, 5);
 }
 
+// What every call of a kind is refused with; 0 where it is made.
+static int opening, waiting, signalling;
+
+static bool _isRefused(int error) {
+    if (error != 0) errno = error;
+    return error != 0;
+}
+
+TEST(CommandSweep, ASystemThatCannotHoldChildrenIsToldBeforeOneIsStarted) {
+    struct {
+        char const* what;
+        int *calls, error, code;
+    } const rows[] = {
+        {"no process descriptors", &opening, ENOSYS, PERR_NOT_SUPPORTED},
+        {"a filter of calls", &opening, EPERM, PERR_NOT_SUPPORTED},
+        {"no waiting by them", &waiting, EINVAL, PERR_NOT_SUPPORTED},
+        {"none left", &opening, EMFILE, PERR_SYSTEM},
+    };
+    for (auto const& row : rows) {
+        Swept command;
+        *row.calls = row.error;
+        EXPECT_CODE(row.code, command.start()) << row.what;
+        *row.calls = 0;
+        EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << row.what;
+    }
+}
+
+TEST(CommandSweep, AProgramThatMayNotBeSignalledIsStillHeld) {
+    Swept command;
+    ASSERT_CODE(PERR_OK, command.set(false));
+    ASSERT_CODE(PERR_OK, command.start());
+    signalling = EPERM;
+    EXPECT_CODE(PERR_KILL, command.signal(SIGTERM));
+    EXPECT_CODE(PERR_KILL, command.end(command.ending, 0));
+    signalling = 0;
+    EXPECT_CODE(PERR_PROCESS_RUNNING, command.wait(command.ending, 0));
+    EXPECT_CODE(PERR_OK, command.end(command.ending, 0));
+}
+
 // clang-format off
 INTERPOSE(pipe2, if (failsNow()) return -1)
-INTERPOSE(waitid, if (failsNow()) return -1)
+INTERPOSE(waitid, if (failsNow() || _isRefused(waiting)) return -1)
 INTERPOSE(ppoll, if (failsNow()) return -1)
-INTERPOSE(syscall, if (failsNow()) return -1)
+INTERPOSE(syscall, if (failsNow() || _isRefused(a == SYS_pidfd_open ? opening : signalling)) return -1)
 INTERPOSE(faccessat, if (failsNow()) return -1)
 INTERPOSE(posix_spawn, if (failsNow()) return EIO)
 INTERPOSE(posix_spawn_file_actions_adddup2, if (failsNow()) return ENOMEM)
 INTERPOSE(posix_spawn_file_actions_addchdir_np, if (failsNow()) return ENOMEM)
-INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1) return -1)
+INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1 || _isRefused(signalling)) return -1)
 // clang-format on

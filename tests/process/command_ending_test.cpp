@@ -1,11 +1,28 @@
 // Commands: how they are awaited and ended.
 #include <chrono>
+#include <ctime>
+#include <fstream>
+
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
 
 #include <process/children.h>
 #include <process/commands.h>
 
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+/// Whether a line about a process holds a text.
+bool _hasInStatus(pid_t process, std::string const& text) {
+    std::ifstream lines("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(text) != std::string::npos) return true;
+    return false;
+}
+
+}  // namespace
 
 TEST(CommandWait, TellsTheEndingOfThisChildAloneAsOftenAsItIsAsked) {
     Shell exits(L"exit 255"), killed(L"kill -9 $$"), stopped(L"echo; kill -STOP $$");
@@ -43,12 +60,31 @@ TEST(CommandWait, QueriesOfProcessesTakeAnEndingInTheForegroundOnly) {
     EXPECT_EQ((PEnding{3, 0}), shell.ending) << "of the first";
 }
 
+TEST(CommandWait, SleepsWhileATracerKeepsTheChildThatHasEnded) {
+    Command sleeping(L"sleep", {L"60"});
+    ASSERT_CODE(PERR_OK, sleeping.start());
+    auto const child = static_cast<pid_t>(sleeping.getPID());
+    ChildRun tracer([&] { return ptrace(PTRACE_SEIZE, child, 0, 0) == 0 ? pause() : 1; });
+    auto const isTraced = [&] { return !_hasInStatus(child, "TracerPid:\t0"); };
+    ASSERT_TRUE(eventually([&] { return isTraced() || _hasInStatus(tracer.pid, "State:\tZ"); }));
+    if (!isTraced()) GTEST_SKIP() << "no child may be traced";
+
+    EXPECT_CODE(PERR_OK, sleeping.signal(SIGKILL));
+    std::clock_t const used = std::clock();
+    EXPECT_CODE(PERR_PROCESS_RUNNING, sleeping.wait(sleeping.ending, 500));
+    EXPECT_LE(std::clock() - used, CLOCKS_PER_SEC / 10) << "of half a second";
+    EXPECT_EQ(0, kill(tracer.pid, SIGKILL));
+    EXPECT_CODE(PERR_OK, sleeping.wait(sleeping.ending, FOREVER));
+    EXPECT_EQ((PEnding{-1, SIGKILL}), sleeping.ending);
+}
+
 TEST(CommandSignal, GoesToTheChildAloneAndOnlyWhileThereIsOne) {
     Shell shell(L"trap 'echo child; exit' USR1;"
                 L"(trap 'echo other' USR1; echo; sleep 1; echo nothing) & wait");
     EXPECT_CODE(PERR_NO_PROCESS, shell.signal(SIGUSR1));
+    EXPECT_CODE(PERR_NO_PROCESS, shell.end(shell.ending, FOREVER));
     shell.startAndHear("\n");
-    for (int const number : {0, 65}) EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.signal(number));
+    for (int const number : {-1, 0, 65}) EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.signal(number));
     EXPECT_CODE(PERR_OK, shell.signal(SIGUSR1));
     EXPECT_EQ("child\n", shell.read());
     EXPECT_EQ("nothing\n", shell.read());
@@ -78,6 +114,23 @@ TEST(CommandEnd, EndsAGroupOfTwentyWithinItsGraceOrKillsItAfterwards) {
         EXPECT_EQ((PEnding{-1, row.signal}), shell.ending);
         EXPECT_CODE(PERR_OK, shell.end(shell.ending, 0));
     }
+}
+
+TEST(CommandEnd, WaitsForAMemberOfTheGroupWhoseFirstThreadHasEnded) {
+    Command sleeping(L"sleep", {L"60"});
+    ASSERT_CODE(PERR_OK, sleeping.start());
+    ChildRun member([&] {
+        (void)std::signal(SIGTERM, SIG_IGN);
+        (void)setpgid(0, static_cast<pid_t>(sleeping.getPID()));
+        std::thread([] {
+            std::this_thread::sleep_for(milliseconds(700));
+            _exit(7);
+        }).detach();
+        return static_cast<int>(syscall(SYS_exit, 0));  // of this thread alone
+    });
+    ASSERT_TRUE(eventually([&] { return _hasInStatus(member.pid, "State:\tZ"); }));
+    EXPECT_CODE(PERR_OK, sleeping.end(sleeping.ending, 20'000));
+    EXPECT_EQ(7, member.wait()) << "it was not killed";
 }
 
 TEST(CommandEnd, InTheForegroundMeetsTheChildAlone) {
