@@ -27,6 +27,7 @@ namespace {
 constexpr int NONE = -1;
 constexpr int CHANGED = 1;  // no code: the name was removed or replaced between two looks at it
 constexpr unsigned int FOREVER = 4294967295U;  // PCommand::FOREVER
+constexpr int FLAGS = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr nanoseconds LONGEST_PAUSE = milliseconds(10);  // half of what may pass unnoticed
 
@@ -36,12 +37,22 @@ int _lockFailure(int error) {
     return code == PERR_WRITE ? PERR_SYSTEM : code;
 }
 
-/// Opens without waiting for the other end of a pipe, and makes a missing file.
+/// Opens what stands there, without waiting for the other end of a pipe.
+int _openStanding(char const* path) {
+    int const fd = ::open(path, O_RDWR | FLAGS);  // some file systems lock only what may be written
+    return fd == NONE && errno != ENOENT ? ::open(path, O_RDONLY | FLAGS) : fd;
+}
+
+/// As above, but makes a missing file.
 int _open(char const* path) {
-    constexpr int FLAGS = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    int fd = ::open(path, O_RDWR | FLAGS);  // some file systems lock only what may be written
-    if (fd == NONE && errno != ENOENT) fd = ::open(path, O_RDONLY | FLAGS);
-    if (fd == NONE && errno == ENOENT) fd = ::open(path, O_RDWR | O_CREAT | FLAGS, NEW_FILE_MODE);
+    int fd = _openStanding(path);
+    if (fd != NONE || errno != ENOENT) return fd;
+    fd = ::open(path, O_RDWR | O_CREAT | FLAGS, NEW_FILE_MODE);
+    if (fd != NONE || errno != EACCES) return fd;
+
+    // In a folder of everybody's the system may refuse to make what another user has just made.
+    fd = _openStanding(path);
+    if (fd == NONE && errno == ENOENT) errno = EACCES;  // it was the folder that refused
     return fd;
 }
 

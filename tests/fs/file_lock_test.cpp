@@ -17,7 +17,15 @@ constexpr unsigned int FOREVER = 4294967295U;
 
 static std::function<void()> beforeLocking;  // happens once, when the file is open
 
+static std::function<void()> insteadOfMaking;  // a file: happens once, and it is refused
+
 INTERPOSE(flock, if (beforeLocking) std::exchange(beforeLocking, nullptr)())
+INTERPOSE(
+    open, if (insteadOfMaking && (b & O_CREAT) != 0) {
+        std::exchange(insteadOfMaking, nullptr)();
+        errno = EACCES;
+        return -1;
+    })
 
 class FileLock : public InAFolder {
 protected:
@@ -48,7 +56,9 @@ TEST_F(FileLock, ExcludesAFileThatIsOpenedWithTheLock) {
 TEST_F(FileLock, IsTakenOnRegularFilesAndMakesThem) {
     ASSERT_EQ(0, mkfifo(scratch.path("pipe").c_str(), 0600));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, lock.lock(L"", 0));
+    EXPECT_CODE(PERR_BAD_FORMAT, lock.lock(L"\xD800", 0));
     EXPECT_CODE(PERR_NO_SUCH_FILE, lock.lock(named(scratch.path("none/file")), 0));
+    EXPECT_CODE(PERR_NO_SUCH_FILE, lock.lock(L"/etc/passwd/file", 0));
     EXPECT_CODE(PERR_REFUSED, lock.lock(named(scratch.dir()), 0)) << "a folder";
     EXPECT_CODE(PERR_REFUSED, lock.lock(named(scratch.path("pipe")), 0));
     EXPECT_CODE(PERR_SYSTEM, lock.lock(named(scratch.path(std::string(256, 'n'))), 0));
@@ -146,4 +156,12 @@ TEST_F(FileLock, IsNotThatOfAFileThatIsReplacedWhileItIsLocked) {
     beforeLocking = [&] { fs::rename(scratch.write("new", ""), scratch.path("f")); };
     EXPECT_CODE(PERR_OK, lock.lock(name, 0));
     EXPECT_CODE(PERR_LOCKED, other.lock(name, 0));
+}
+
+TEST_F(FileLock, IsThatOfAFileWhichAnotherUserMakesFirst) {
+    insteadOfMaking = [&] { scratch.write("f", ""); };
+    EXPECT_CODE(PERR_OK, lock.lock(name, 0));
+    EXPECT_CODE(PERR_LOCKED, other.lock(name, 0));
+    insteadOfMaking = [] {};
+    EXPECT_CODE(PERR_REFUSED, other.lock(named(scratch.path("none")), 0)) << "by the folder";
 }
