@@ -74,7 +74,7 @@ public:
     /// @warning A child that nobody awaited runs on, and when it has ended it remains as a zombie
     ///          until the caller ends or collects it by its id. Call `wait` or `end` first. A child
     ///          that writes to a pipe which is gone is ended by SIGPIPE, as a rule.
-    ~PCommand();
+    virtual ~PCommand();
 
     PCommand(PCommand const&) = delete;
     PCommand& operator=(PCommand const&) = delete;
@@ -163,8 +163,8 @@ public:
     /// A program without a slash is looked for along the PATH of the caller, not of the child, and
     /// along the default folders of the system where there is no PATH. Empty and relative parts of
     /// PATH, and folders that may not be looked into, are passed over, so that nothing is ever
-    /// taken from the current folder. A relative
-    /// program with a slash is taken from the folder of the child.
+    /// taken from the current folder. A relative program with a slash is taken from the folder of
+    /// the child.
     ///
     /// Whatever fails leaves no child, and what the object had from an earlier one.
     /// @warning The environment of the caller is read here: let no other thread change it
@@ -246,7 +246,8 @@ public:
 
     /// Waits for the child to end and collects it, and no other.
     ///
-    /// It sleeps in the system until the child ends; a stopped child is a running one.
+    /// It sleeps in the system until the child ends; a stopped child is a running one, and so is an
+    /// ended one that another process traces, until that lets it go.
     /// @param[out] ending   how it ended
     /// @param milliseconds  at the most; 0 only looks, FOREVER has no limit
     /// @return PERR_OK               also each time after it was collected, with the same ending

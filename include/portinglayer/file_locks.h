@@ -28,7 +28,7 @@ public:
     PFileLock();
 
     /// Unlocks.
-    ~PFileLock();
+    virtual ~PFileLock();
 
     PFileLock(PFileLock const&) = delete;
     PFileLock& operator=(PFileLock const&) = delete;

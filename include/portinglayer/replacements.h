@@ -38,7 +38,7 @@ public:
     PReplacement();
 
     /// Abandons what was begun.
-    ~PReplacement();
+    virtual ~PReplacement();
 
     PReplacement(PReplacement const&) = delete;
     PReplacement& operator=(PReplacement const&) = delete;
