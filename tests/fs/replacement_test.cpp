@@ -107,6 +107,7 @@ TEST_F(Replacement, FollowsSymbolicLinksToTheFileThatTheyName) {
 TEST_F(Replacement, BeginsOnlyWhereANewFileMayStand) {
     fs::create_symlink("ring", scratch.path("ring"));
     scratch.write("file", "old");
+    ASSERT_EQ(0, mkfifo(scratch.path("pipe").c_str(), 0600));
     struct {
         char const* what;
         std::wstring name;
@@ -118,6 +119,7 @@ TEST_F(Replacement, BeginsOnlyWhereANewFileMayStand) {
         {"a file for a folder", scratch.wpath("file/file"), PERR_NO_SUCH_FILE},
         {"a folder", wide(scratch.dir()), PERR_REFUSED},
         {"a slash behind", wide(scratch.dir()) + L"/", PERR_REFUSED},
+        {"a pipe", scratch.wpath("pipe"), PERR_REFUSED},
         {"a ring of links", scratch.wpath("ring"), PERR_REFUSED},
         {"too long a name", scratch.wpath(std::string(256, 'n')), PERR_SYSTEM},
     };
@@ -125,6 +127,7 @@ TEST_F(Replacement, BeginsOnlyWhereANewFileMayStand) {
         EXPECT_CODE(row.code, replacement.begin(row.name.c_str())) << row.what;
         EXPECT_CODE(PERR_NOT_OPEN, replacement.commit()) << row.what;
     }
+    EXPECT_CODE(PERR_OK, replace(scratch.wpath(std::string(255, 'n')), L"the longest"));
 }
 
 TEST_F(Replacement, IsRefusedWithoutTheRightToTheFolder) {
@@ -147,6 +150,7 @@ TEST_F(Replacement, MeansTheFileOfTheMomentItBegan) {
 TEST_F(Replacement, IsUnderWayFromBeginToItsEnd) {
     scratch.write("file", "old");
     EXPECT_CODE(PERR_NOT_OPEN, replacement.write("", 0));
+    EXPECT_CODE(PERR_NOT_OPEN, replacement.writeLine(L""));
     EXPECT_CODE(PERR_OK, replacement.begin(scratch.wpath("file").c_str()));
     EXPECT_CODE(PERR_ALREADY_OPEN, replacement.begin(scratch.wpath("other").c_str()));
     EXPECT_CODE(PERR_OK, replacement.write("new", 3));
@@ -172,6 +176,7 @@ TEST_F(Replacement, TellsAFailedWriteAgainAndLeavesTheOldContent) {
         {"no space", [&](auto& r) { return r.write(much.data(), 9'999); }, PERR_WRITE},
         {"no bytes", [](auto& r) { return r.write(nullptr, 1); }, PERR_INVALID_ARGUMENT},
         {"a surrogate", [](auto& r) { return r.writeLine(L"\xD800"); }, PERR_BAD_FORMAT},
+        {"a zero", [](auto& r) { return r.writeLine(PString(L"\0", 1)); }, PERR_INVALID_ARGUMENT},
     };
     scratch.write("file", "old");
     inAChild([&] {

@@ -58,12 +58,15 @@ TEST(CommandSettings, WhatCannotBeTakenIsToldAndChangesNothing) {
     } const rows[] = {
         {"argument with a zero", PERR_INVALID_ARGUMENT, echo.addArgument(zero)},
         {"argument that is no text", PERR_BAD_FORMAT, echo.addArgument(bad)},
+        {"variable without name", PERR_INVALID_ARGUMENT, echo.setEnvironment(L"", good)},
         {"variable with =", PERR_INVALID_ARGUMENT, echo.setEnvironment(L"a=b", good)},
         {"value that is no text", PERR_BAD_FORMAT, echo.setEnvironment(good, bad)},
         {"removed with =", PERR_INVALID_ARGUMENT, echo.unsetEnvironment(L"=")},
         {"no folder", PERR_INVALID_ARGUMENT, echo.setWorkingDir(L"")},
+        {"stream below", PERR_INVALID_ARGUMENT, echo.setStreams(PIPED, -1, PIPED)},
         {"stream above", PERR_INVALID_ARGUMENT, echo.setStreams(PIPED, PIPED, 3)},
         {"no program", PERR_INVALID_ARGUMENT, PCommand(L"").start()},
+        {"program that is no text", PERR_BAD_FORMAT, PCommand(bad).start()},
     };
     for (auto const& row : rows) EXPECT_CODE(row.code, row.given) << row.what;
     EXPECT_EQ("kept\n", echo.outputOf());
@@ -72,6 +75,7 @@ TEST(CommandSettings, WhatCannotBeTakenIsToldAndChangesNothing) {
 TEST(CommandStart, TellsWhyAProgramCannotRun) {
     Scratch const scratch;
     std::filesystem::permissions(scratch.write("bare", "exit 0"), std::filesystem::perms::all);
+    std::filesystem::permissions(scratch.write("lost", "#!/no/sh"), std::filesystem::perms::all);
     scratch.write("plain", "");
     std::wstring const here = scratch.wpath(""), endless(200'000, L'x');
     struct {
@@ -81,7 +85,9 @@ TEST(CommandStart, TellsWhyAProgramCannotRun) {
         {L"plt-no-such-program", L"/", PERR_NO_SUCH_FILE},
         {L"/bin/true", L"/nowhere", PERR_NO_SUCH_FILE},
         {L"true", L"/etc/passwd", PERR_NO_SUCH_FILE},
-        {L"./bare", here, PERR_REFUSED},  // no shell is tried
+        {L"./lost", here, PERR_NO_SUCH_FILE},  // its interpreter
+        {L"./bare", here, PERR_REFUSED},       // no shell is tried
+        {L"./plain", here, PERR_REFUSED},
         {L"/usr/", L"/", PERR_REFUSED},
         {L"plain", L"/", PERR_REFUSED},  // along PATH
     };
@@ -108,7 +114,9 @@ TEST(CommandStart, LooksAlongTheFoldersOfPathButNeverInTheCurrentOne) {
     std::filesystem::current_path(before);
     {
         Path const path(("/nowhere::/etc/passwd:" + scratch.dir()).c_str());
-        EXPECT_EQ("tool\n", Command(L"plt-tool").outputOf());
+        Command found(L"plt-tool");
+        EXPECT_CODE(PERR_OK, found.setEnvironment(L"PATH", L"/bin"));
+        EXPECT_EQ("tool\n", found.outputOf()) << "along the PATH of the caller";
     }
     Path const none(nullptr);
     EXPECT_EQ("default\n", Command(L"echo", {L"default"}).outputOf());
@@ -138,7 +146,10 @@ TEST(CommandStart, PipesWorkWhereTheCallerHasClosedItsStreams) {
     ChildRun closed([] {
         for (int const stream : {0, 1, 2}) (void)close(stream);
         Shell pipes(L"cat; echo errors >&2");
-        return pipes.outputOf("through") == "through" && pipes.errors == "errors\n" ? 0 : 1;
+        if (pipes.outputOf("through") != "through" || pipes.errors != "errors\n") return 1;
+        for (int const stream : {0, 1, 2})
+            if (fcntl(stream, F_GETFD) != -1) return 2;
+        return 0;
     });
     EXPECT_EQ(0, closed.wait());
 }
@@ -148,10 +159,13 @@ TEST(CommandStart, OneObjectHoldsOneChildUntilThatIsCollectedAndThenStartsAnothe
     shell.startAndHear("0\n");
     unsigned int const first = shell.getPID();
     EXPECT_CODE(PERR_OK, shell.signal(SIGKILL));
-    for (int const code : {shell.start(), shell.addArgument(L"a"), shell.setEnvironment(L"A", L"b"),
-                           shell.clearEnvironment(), shell.setWorkingDir(L"/"),
-                           shell.setStreams(PIPED, PIPED, PIPED), shell.setForeground(true)})
+    for (int const code :
+         {shell.start(), shell.addArgument(L"a"), shell.setEnvironment(L"A", L"b"),
+          shell.unsetEnvironment(L"A"), shell.clearEnvironment(), shell.setWorkingDir(L"/"),
+          shell.setStreams(PIPED, PIPED, PIPED), shell.setForeground(true),
+          shell.run("", shell.output, shell.errors, shell.ending, FOREVER)})
         EXPECT_CODE(PERR_PROCESS_RUNNING, code);
+    EXPECT_EQ("kept", shell.output);
     EXPECT_CODE(PERR_OK, shell.wait(shell.ending, FOREVER));
     EXPECT_EQ(first, shell.getPID());
     shell.startAndHear("0\n");
@@ -175,6 +189,22 @@ TEST(CommandStreams, TellWhereNothingCanBeReadOrWritten) {
     EXPECT_CODE(PERR_OK, shell.end(shell.ending, 0));
     EXPECT_CODE(PERR_END_OF_FILE, shell.readOutput(&byte, 1, done));
     EXPECT_EQ(7UL, done);
+}
+
+TEST(CommandStreams, AreThoseOfTheCallerOrLeadNowhere) {
+    Scratch const scratch;
+    int const file = open(scratch.write("said", "").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    ChildRun caller([&] {
+        for (int const stream : {1, 2}) (void)dup3(file, stream, O_CLOEXEC);
+        Shell shell(L"cat; echo output; echo errors >&2");
+        int code = shell.setStreams(DISCARDED, PCommand::INHERITED, DISCARDED);
+        if (code == PERR_OK) code = shell.start();
+        if (code == PERR_OK) code = shell.wait(shell.ending, FOREVER);
+        return code == PERR_OK ? 0 : 1;
+    });
+    EXPECT_EQ(0, caller.wait());
+    EXPECT_EQ("output\n", scratch.read("said"));
+    (void)close(file);
 }
 
 TEST(CommandStreams, AMegabyteGoesBothWaysAtOnceOnThreadsOfItsOwn) {

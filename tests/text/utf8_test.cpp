@@ -71,7 +71,7 @@ TEST(Utf8, TurnsEveryCharacterIntoItsFormAndBackInAnyOrder) {
 TEST(Utf8, RefusesCharactersWithoutAFormWhereverTheyStand) {
     std::string bytes = "former";
     PString fitted(L"former", P_WHOLE_STRING);
-    for (wchar_t const c : {wchar_t(0xD800), wchar_t(0xDFFF), wchar_t(LAST + 1)}) {
+    for (wchar_t const c : {wchar_t(0xD800), wchar_t(0xDFFF), wchar_t(LAST + 1), wchar_t(-1)}) {
         for (std::size_t before = 0; before < 70; ++before) {
             PString const text = _string(std::wstring(before, L'a') + c + L"after");
             EXPECT_CODE(PERR_BAD_FORMAT, PUtf8::encode(text, bytes));
@@ -87,10 +87,15 @@ TEST(Utf8, RefusesBytesThatAreNotWellFormedWhereverTheyStand) {
         char const* what;
         std::string bytes;
     } const rows[] = {
-        {"a byte that only continues", "\x80"},    {"a slash in two bytes", "\xC0\xAF"},
-        {"U+07FF in three bytes", "\xE0\x9F\xBF"}, {"U+FFFF in four bytes", "\xF0\x8F\xBF\xBF"},
-        {"the first surrogate", "\xED\xA0\x80"},   {"U+110000", "\xF4\x90\x80\x80"},
-        {"two of three bytes", "\xE2\x82"},        {"a letter within", "\xF0\x9F\x61\x80"},
+        {"a byte that only continues", "\x80"},
+        {"a slash in two bytes", "\xC0\xAF"},
+        {"U+07FF in three bytes", "\xE0\x9F\xBF"},
+        {"U+FFFF in four bytes", "\xF0\x8F\xBF\xBF"},
+        {"the first surrogate", "\xED\xA0\x80"},
+        {"U+110000", "\xF4\x90\x80\x80"},
+        {"two of three bytes", "\xE2\x82"},
+        {"a letter within", "\xF0\x9F\x61\x80"},
+        {"a byte that begins none", "\xF8\x90\x80\x80"},
     };
     for (auto const& row : rows) {
         for (std::size_t before = 0; before < 70; ++before) {
@@ -113,6 +118,8 @@ TEST(Utf8, TakesZerosAndEmptyTextsAsTheyAre) {
     EXPECT_CODE(PERR_OK, PUtf8::decode("\0b\0", 3, text));
     EXPECT_TEXT(std::wstring_view(L"\0b\0", 3), text);
     EXPECT_CODE(PERR_OK, PUtf8::decode("\xC3\xA9\0c", P_WHOLE_STRING, text));
+    EXPECT_TEXT(L"\xE9", text);
+    EXPECT_CODE(PERR_BAD_FORMAT, PUtf8::decode("\xE2\x82\xAC", 2, text)) << "cut by the length";
     EXPECT_TEXT(L"\xE9", text);
     EXPECT_CODE(PERR_INVALID_ARGUMENT, PUtf8::decode(nullptr, P_WHOLE_STRING, text));
     EXPECT_CODE(PERR_OK, PUtf8::decode(nullptr, 0, text));
