@@ -55,7 +55,8 @@ public:
     ///          the arguments of a PProcess): the padding hides the end from the trimming.
     /// @param[out] fitted  may be `text` itself
     /// @return PERR_OK
-    /// @return PERR_INVALID_ARGUMENT  the text holds a zero character, at which it would be cut
+    /// @return PERR_INVALID_ARGUMENT  the text holds a zero character, at which it would be cut;
+    ///                                tested first
     /// @return PERR_BAD_FORMAT        a character is a surrogate or above U+10FFFF
     /// @return PERR_NO_MEMORY         no memory for the longer text
     [[nodiscard]] static int padded(PLiteral const& text, PString& fitted);

@@ -66,7 +66,8 @@ int _encodeLong(PLiteral const& text, char* part, std::string& bytes) {
         char const* const partEnd = _encodePart(part, from, pause);
         if (partEnd == nullptr) return PERR_BAD_FORMAT;
         auto const made = static_cast<std::size_t>(partEnd - part);
-        if (whole.empty()) whole.reserve((text.len() / PART + 1) * made);  // if all is like it
+        // As if all were like the first part, but at most twice what it is sure to take.
+        if (whole.empty()) whole.reserve(std::min((text.len() / PART + 1) * made, 2 * text.len()));
         whole.append(part, made);
         from = pause;
     }
@@ -168,15 +169,16 @@ int PUtf8::decode(char const* bytes, unsigned long n, PString& text) {
 }
 
 int PUtf8::padded(PLiteral const& text, PString& fitted) {
-    long const surplus = _surplus(text);
-    if (surplus < 0) return PERR_BAD_FORMAT;
-    auto const more = static_cast<std::size_t>(surplus);
     if (text.len() == 0) {
         fitted.clear();
         return PERR_OK;
     }
+    // First, as of every name: it is the caller's mistake, whatever else the text holds.
     if (wmemchr(text.ptr(), L'\0', text.len()) != nullptr) return PERR_INVALID_ARGUMENT;
+    long const surplus = _surplus(text);
+    if (surplus < 0) return PERR_BAD_FORMAT;
 
+    auto const more = static_cast<std::size_t>(surplus);
     std::size_t const length = text.len() + more;
     std::unique_ptr<wchar_t[]> wide(_newText<wchar_t>(length, 0, 1));
     if (!wide) return PERR_NO_MEMORY;

@@ -126,11 +126,20 @@ TEST(Utf8, TakesZerosAndEmptyTextsAsTheyAre) {
     EXPECT_TEXT(L"", text);
 }
 
+TEST(Utf8, TakesNoMoreRoomThanTwiceTheFormOfALongText) {
+    std::wstring const text = std::wstring(1000, LAST) + std::wstring(100'000, L'a');
+    std::string bytes;
+    ASSERT_CODE(PERR_OK, PUtf8::encode(_string(text), bytes));
+    EXPECT_EQ(104'000U, bytes.size());
+    EXPECT_LE(bytes.capacity(), 2 * bytes.size());
+}
+
 TEST(PaddedText, HasAnXForEachByteThatItsFormHasMore) {
     PString text(L"\x20AC\xE9 \\", P_WHOLE_STRING);
     EXPECT_CODE(PERR_OK, PUtf8::padded(text, text)) << "in place";
     EXPECT_TEXT(L"\x20AC\xE9 \\xxx", text);
     EXPECT_CODE(PERR_INVALID_ARGUMENT, PUtf8::padded(_string({L"a\0b", 3}), text));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, PUtf8::padded(_string({L"\xD800\0", 2}), text));
     EXPECT_TEXT(L"\x20AC\xE9 \\xxx", text) << "as it was";
     EXPECT_CODE(PERR_OK, PUtf8::padded(L"", text));
     EXPECT_TEXT(L"", text);
