@@ -15,6 +15,9 @@
 /// A payload is multibyte text in the character-type locale of the process, which should be a UTF-8
 /// one, the same for writer and reader; the library never sets a locale.
 ///
+/// Lengths and counts have 32 bits. Of a text or list of 4 Gi characters or elements and more, the
+/// upper bits of the number are lost without a code.
+///
 /// A stream may come from anyone. No reading operation looks behind the vector's end, and none
 /// takes memory or time in proportion to a length or count that a stream claims but doesn't hold.
 #ifndef PORTINGLAYER_DATA_STREAMS_H
@@ -216,7 +219,8 @@ public:
     /// Converts text to multibyte bytes in the current locale and appends them to `bytes`. Uses
     /// nothing of the writer: its own vector is left alone.
     ///
-    /// Exactly as many bytes are appended as `text` has characters.
+    /// Exactly as many bytes are appended as `text` has characters. A zero character ends the text:
+    /// zero bytes stand for what is behind it.
     ///
     /// @warning The name runs against its usual sense: this makes bytes from text. For the other
     ///          way call `PDataReader::encodeUtf8`.
@@ -226,8 +230,9 @@ public:
     ///          locale, write what `PUtf8::padded` makes of it.
     /// @return PERR_OK
     /// @return PERR_NO_MEMORY    `bytes` cannot grow; nothing is appended
-    /// @return PERR_DATA_ENCODE  `text` is empty, its first character doesn't fit, or a character
-    ///                           reached cannot be converted; nothing is appended
+    /// @return PERR_DATA_ENCODE  `text` is empty or begins with a zero, its first character doesn't
+    ///                           fit, or a character before the cut cannot be converted; nothing
+    ///                           is appended
     [[nodiscard]] int decodeUtf8(PString const& text, std::vector<unsigned char>& bytes);
 
     /// Appends a string item; empty text becomes an empty payload.

@@ -2,8 +2,9 @@
 /// Wide text: the view `PLiteral`, the owner `PString`, and the static conversions of `PUtils`.
 ///
 /// A wide character is a `wchar_t` of four bytes. Where a text becomes bytes or is made from bytes,
-/// that is multibyte text in the character-type locale of the process, which the library never
-/// sets. White space is exactly tab, line feed, carriage return and space.
+/// that is multibyte text in the character-type locale of the process (of the calling thread, where
+/// `uselocale` gave it one of its own), which the library never sets. White space, where text is
+/// trimmed or split, is exactly tab, line feed, carriage return and space.
 #ifndef PORTINGLAYER_STRINGS_H
 #define PORTINGLAYER_STRINGS_H
 
@@ -80,8 +81,11 @@ public:
     /// @return PERR_NOT_FOUND  not found, or this text is empty
     [[nodiscard]] int chr(wchar_t c, unsigned long& pos, bool fromEnd, bool ignoreCase) const;
 
-    /// Compares with the first `n` characters of `s`: by length first, then by characters.
+    /// Compares with the first `n` characters of `s`: by length first, then by characters, up to a
+    /// zero that both hold at the same place.
     ///
+    /// @warning A null `s` is an empty text with an `n` of 0 only; with P_WHOLE_STRING it is
+    ///          greater than every text. For a pointer that may be null use the operators.
     /// @warning A shorter text is always the lesser one: "b" comes before "aa". To sort as people
     ///          expect, compare with `wcscoll` on `ptr()`.
     /// @param n  wide characters, or P_WHOLE_STRING
@@ -113,13 +117,16 @@ public:
     /// As above, with `p` up to its terminator.
     bool startsWith(PLiteral const& p, bool ignoreCase) const;
 
-    /// Tells whether this text ends with `s`, in the sense of `str`: an empty or null `s` ends an
-    /// empty text only.
+    /// Tells whether this text ends with `s`, in the sense of `str`: an empty `s` ends an empty
+    /// text only, and so does a null one if `n` is 0, which else ends none.
     ///
     /// @warning `s` counts up to its terminator; an `n` that is not its length gives false answers.
     ///          Give P_WHOLE_STRING.
     bool endsWith(wchar_t const* s, unsigned long n, bool ignoreCase) const;
-    /// As above, with `p` up to its terminator.
+    /// As above, with `p` and its length.
+    ///
+    /// @warning A `p` that holds a zero character gives false answers: its length is no longer that
+    ///          up to the terminator. Give `p.ptr()` and P_WHOLE_STRING.
     bool endsWith(PLiteral const& p, bool ignoreCase) const;
 
     /// As `ascii`.
@@ -138,7 +145,7 @@ public:
     /// @param n  wide characters, or P_WHOLE_STRING
     /// @return a new terminated array that the caller releases with `delete[]`; null when `s` is
     ///         null, `n` is 0, the text is empty, its first character does not fit, the locale
-    ///         cannot express a character of it, or no memory is left
+    ///         cannot express a character before the cut, or no memory is left
     static char* pwchar2pchar(wchar_t const* s, unsigned long n);
 
     /// Makes wide text of multibyte text, in the locale of the process.
@@ -296,7 +303,8 @@ public:
     /// @return PERR_INVALID_ARGUMENT  the range ends behind the text; nothing changes
     [[nodiscard]] int erase(unsigned long pos, unsigned long count);
 
-    /// Takes white space off both ends. The buffer keeps its size.
+    /// Takes white space off both ends. The buffer keeps its size. Where white space stood in
+    /// front, the text then ends at its first zero character, if it holds one.
     ///
     /// @return PERR_OK  always
     [[nodiscard]] int trim();
@@ -350,8 +358,8 @@ public:
 
     /// Reads a decimal number at the start of a text, as `swscanf` does with "%d".
     ///
-    /// White space and a sign may stand before it, and whatever follows it is ignored: "12abc"
-    /// gives 12. The base is always 10.
+    /// White space, here all that the locale counts as such, and a sign may stand before it, and
+    /// whatever follows it is ignored: "12abc" gives 12. The base is always 10.
     /// @warning There is no range check: a number too large for the type gives some other number.
     ///          Where the text comes from outside, let `isDec` be true of at most 9 digits first,
     ///          or read with `strToInt64` and compare.
@@ -395,8 +403,8 @@ public:
 
     /// Reads a byte from one or two characters, as `swscanf` does with "%x".
     ///
-    /// That accepts more than two digits of the alphabet: " 5" and "+5" give 5, "-1" gives 0xFF,
-    /// "5x" gives 5. To admit digits only, test with `isHex` first.
+    /// That takes more than digits: " 5" and "+5" give 5, "-1" gives 0xFF, "5x" gives 5. To admit
+    /// digits only, test with `isHex` first.
     /// @param[out] out  the byte; written only on success
     /// @return PERR_OK
     /// @return PERR_BAD_FORMAT  the text is null, empty or longer than two characters, or "%x"
@@ -579,8 +587,9 @@ public:
     ///          that is given. Set TALV_HOST_IP where other machines must use the answer.
     /// @param[out] out  the address; left alone on failure
     /// @return PERR_OK
-    /// @return PERR_SYSTEM     the name could not be read, completed or resolved
-    /// @return PERR_NOT_FOUND  the host's name is empty
+    /// @return PERR_SYSTEM     the name could not be read, completed or resolved; most resolvers
+    ///                         cannot complete an empty one
+    /// @return PERR_NOT_FOUND  the host's name is empty, and the resolver had no better one
     /// Threads: completing a name goes through the resolver's shared entry; call from one at
     /// a time.
     /// Blocks: as long as the resolver does, which may ask name servers.

@@ -46,6 +46,7 @@ TEST(Comparison, TakesSoManyCharactersOfTheOther) {
     EXPECT_EQ(0, PLiteral().cmp(L"ab", 0));
     EXPECT_GT(ab.cmp(nullptr, 2), 0);
     EXPECT_LT(ab.cmp(nullptr, P_WHOLE_STRING), 0);
+    EXPECT_EQ(0, PString(L"a\0b", 3).cmp(L"a\0c", 3)) << "up to a zero in both";
 }
 
 TEST(Case, IsThatOfTheLocale) {
