@@ -71,7 +71,7 @@ def operations(code):
 
 
 with open(output, "w") as page:
-    page.write("# Table of result codes {#result_code_table}\n\n"
+    page.write("# Table of result codes {#page_result_code_table}\n\n"
                "| Code | Value | Meaning | Returned by |\n|:--|--:|:--|:--|\n")
     for name, value, meaning in codes:
         page.write(f"| #{name} | {value} | {meaning} | {operations(name)} |\n")

@@ -16,33 +16,17 @@
 #define EXPECT_TEXT(expected, actual) EXPECT_PRED_FORMAT2(_compareTexts, expected, actual)
 #define ASSERT_TEXT(expected, actual) ASSERT_PRED_FORMAT2(_compareTexts, expected, actual)
 
-inline std::string codeName(int code) {
-    char const* const name = perrorName(code);
-    return name != nullptr ? name : std::to_string(code) + ", which is no result code";
-}
+std::string codeName(int code);
 
 inline std::wstring_view view(PLiteral const& text) {
     return text.ptr() == nullptr ? std::wstring_view() : std::wstring_view(text.ptr(), text.len());
 }
 
 /// For failures of gtest's own comparisons and containers.
-inline void PrintTo(PLiteral const& text, std::ostream* out) {
-    *out << testing::PrintToString(std::wstring(view(text)));
-}
+void PrintTo(PLiteral const& text, std::ostream* out);
 
-inline testing::AssertionResult _compareCodes(char const*, char const* call, int expected,
-                                              int actual) {
-    if (expected == actual) return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << call << "\n  gave     " << codeName(actual) << "\n  expected " << codeName(expected);
-}
-
-inline testing::AssertionResult _compareTexts(char const*, char const* what,
-                                              std::wstring_view expected, PLiteral const& actual) {
-    if (view(actual) == expected) return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << what << "\n  is       " << testing::PrintToString(std::wstring(view(actual)))
-           << "\n  expected " << testing::PrintToString(std::wstring(expected));
-}
+testing::AssertionResult _compareCodes(char const*, char const* call, int expected, int actual);
+testing::AssertionResult _compareTexts(char const*, char const* what, std::wstring_view expected,
+                                       PLiteral const& actual);
 
 #endif
