@@ -26,6 +26,6 @@ int main() {
         std::printf("exit code %d, signal %d: again\n", ending.exitCode, ending.signal);
         PThread::psleep(pause);
     }
-    std::printf("given up: %s\n", perrorName(result));
+    std::printf("given up: %s\n", result == PERR_OK ? "it failed too often" : perrorName(result));
     return 1;
 }

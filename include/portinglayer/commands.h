@@ -24,7 +24,7 @@ struct PEnding {
 /// are made while no child is held; afterwards another child can be started with the same settings.
 /// It owns its settings, its ends of the pipes and a process descriptor of the child, all
 /// close-on-exec and kept until the next start or the destructor. It does not own the child, which
-/// outlives it.
+/// outlives it. It is neither copied nor moved: keep several in a `std::list` or `std::deque`.
 ///
 /// **Text.** Names and texts become UTF-8 as a whole in every locale; backslashes and white space
 /// stay. Each operation with a text returns PERR_INVALID_ARGUMENT for one that holds a zero
@@ -248,6 +248,9 @@ public:
     ///
     /// It sleeps in the system until the child ends; a stopped child is a running one, and so is an
     /// ended one that another process traces, until that lets it go.
+    /// @warning What the child has started and left behind runs on, and `end` does not meet it any
+    ///          more once this has returned PERR_OK. Where that matters, wait without collecting,
+    ///          by `waitid` with `getPID()` and WEXITED | WNOWAIT, and call `end`.
     /// @param[out] ending   how it ended
     /// @param milliseconds  at the most; 0 only looks, FOREVER has no limit
     /// @return PERR_OK               also each time after it was collected, with the same ending
@@ -299,13 +302,15 @@ public:
     /// At the limit the group of the child is killed, in the foreground the child alone.
     /// @warning The outputs end when the last process has closed them: a program that leaves one in
     ///          the background keeps `run` waiting until the limit, where that one is killed too.
+    ///          What it leaves with other outputs runs on.
     /// @param[out] output, errors  all that was written, also by what the program started. May be
     ///                             `input`, but not the same string.
     /// @param[out] ending          how the child ended
     /// @param milliseconds         from start to end; FOREVER has no limit
     /// @return PERR_OK               whatever the exit code
     /// @return PERR_PROCESS_RUNNING  the limit was reached: the outputs hold what was read until
-    ///                               then, `ending` tells how the child ended, killed or before.
+    ///                               then, `ending` tells how the child ended, killed or before,
+    ///                               so that more may be missing behind an exit code of 0.
     ///                               Also when a child was held at the call, and all outputs are
     ///                               left alone.
     /// @return PERR_NO_PROCESS       someone else has collected the child; the outputs are left
