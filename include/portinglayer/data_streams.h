@@ -13,7 +13,8 @@
 /// | tagged number | 07, value (4 bytes) |
 ///
 /// A payload is multibyte text in the character-type locale of the process, which should be a UTF-8
-/// one, the same for writer and reader; the library never sets a locale.
+/// one, the same for writer and reader; the library never sets a locale. A program without one puts
+/// the items together by `PUtf8::encode` and the integers.
 ///
 /// Lengths and counts have 32 bits. Of a text or list of 4 Gi characters or elements and more, the
 /// upper bits of the number are lost without a code.
@@ -132,6 +133,9 @@ public:
 
     /// Reads a string item. Zero bytes at the end of its payload disappear: text ends at the first.
     ///
+    /// @warning Not all that is read is text: whatever stands behind a zero byte is passed over,
+    ///          and a locale of UTF-8 takes values above U+10FFFF. Let `PUtf8::encode` accept what
+    ///          comes from strangers.
     /// @warning A marker that doesn't fit is consumed: after PERR_DATA_MARKER the next call starts
     ///          one byte further. Set the position back with `setOffset` to try something else
     ///          there.
