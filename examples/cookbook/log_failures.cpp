@@ -19,7 +19,7 @@ int main() {
     //! [use]
     PFile file;
     PLiteral const name(L"/proc/self/no-such-file");
-    int result = file.popen(name, PFile::OPEN_READ, 1);
+    int result = file.popen(name, PFile::OPEN_READ, PFile::UNLOCKED);
     result = logged(result, "open", name, errno);  // files promise errno
     //! [use]
     return result == PERR_NO_SUCH_FILE ? 0 : 1;

@@ -14,7 +14,7 @@ static int decoded(PString const& line, PString& text) {
 
 int main() {
     PFile file;
-    int result = file.popen(L"names.txt", PFile::OPEN_READ, 1);  // 1: without a lock
+    int result = file.popen(L"names.txt", PFile::OPEN_READ, PFile::UNLOCKED);
     if (result != PERR_OK) return std::printf("names.txt: %s\n", perrorName(result)), 1;
 
     PString line, text;

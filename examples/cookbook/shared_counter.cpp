@@ -13,7 +13,8 @@ static int add(unsigned int amount, unsigned int& total) {
 
     PFile file;
     PString line(L"0", 1);  // what a missing file stands for
-    if (file.popen(L"counter", PFile::OPEN_READ, 1) == PERR_OK) result = file.preadLine(line);
+    if (file.popen(L"counter", PFile::OPEN_READ, PFile::UNLOCKED) == PERR_OK)
+        result = file.preadLine(line);
     if (result == PERR_OK) result = PUtils::strToUint32(line, total);
     if (result != PERR_OK) return result;
     total += amount;
