@@ -69,6 +69,8 @@ public:
     /// no effect. The lock is an exclusive advisory `flock`, not waited for, and held until the
     /// handle is closed; it excludes only those who lock too, other handles of this process
     /// included.
+    /// Children: one that is forked meanwhile holds the lock as well, until it closes its copy of
+    /// the handle, becomes another program or ends; `pclose` here does not free it before.
     ///
     /// OPEN_SAFE_WRITE alone, with `share` EXCLUSIVE, writes a new file beside the named one,
     /// called NAME ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked;
@@ -217,7 +219,7 @@ public:
     ///
     /// Empty text, text that the locale cannot express, and text for whose conversion no memory is
     /// left, writes only the line feed. The multibyte text is cut at as many bytes as `line` has
-    /// characters. A short write is neither continued nor told.
+    /// characters, and at its first zero character. A short write is neither continued nor told.
     /// @return PERR_OK
     /// @return PERR_NOT_OPEN     the handle is closed
     /// @return PERR_WRITE        the system refused a write; if it was the first, no line feed is
@@ -231,7 +233,8 @@ public:
     [[nodiscard]] int pwriteLine(PLiteral const& line);
 
     /// Tells whether something stands under the name; symbolic links are followed, so a dangling
-    /// one does not exist. False for an empty name.
+    /// one does not exist. False for an empty name, and for one that cannot be looked at, such as
+    /// in a folder that may not be searched.
     static bool exists(PLiteral const& name);
 
     /// Tells whether what stands under the name is of a kind; symbolic links are followed.
@@ -252,12 +255,13 @@ public:
     /// @return PERR_DELETE            the system refused: a directory, no permission and the like
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
-    ///          name another file; keep to ASCII names.
+    ///          name another file; fit it with PUtf8::padded, or keep to ASCII names.
     [[nodiscard]] static int pdelete(PLiteral const& name);
 
     /// Gives a file or directory another name within its file system, replacing what `to` names.
     ///
     /// The replacement is one step: whoever opens `to` finds the old or the new, never neither.
+    /// Symbolic links are renamed and replaced themselves, never followed.
     /// @return PERR_OK
     /// @return PERR_INVALID_ARGUMENT  one of the names is empty
     /// @return PERR_NOT_FOUND         there is no such file, or no such target folder
@@ -270,7 +274,7 @@ public:
     /// @return PERR_SYSTEM            any other reason, missing access rights among them
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
-    ///          name another file; keep to ASCII names.
+    ///          name another file; fit it with PUtf8::padded, or keep to ASCII names.
     [[nodiscard]] static int rename(PLiteral const& from, PLiteral const& to);
 
     /// Removes a directory with everything in it. One slash at the end of `path` is ignored. Zero
@@ -284,13 +288,15 @@ public:
     ///                                converted); or the walk stopped at something of that sort: a
     ///                                dangling link, a loop of links, a path grown too long, an
     ///                                entry of a folder that may be listed but not searched, a name
-    ///                                with a backslash that leads nowhere
+    ///                                that leads nowhere for its backslash or its cut (below)
     /// @return PERR_INVALID_ARGUMENT  `path`, or meanwhile something below it, is not a directory
     /// @return PERR_DELETE            a file could not be removed, as in a folder that may not be
     ///                                written; or a directory that could not be emptied: it is
-    ///                                unreadable, filled again by others, or holds a name that
-    ///                                cannot be converted, which ends its listing
-    /// @return PERR_NO_SUCH_FILE      something vanished while it was being removed
+    ///                                unreadable, no descriptor is left for it, it is filled again
+    ///                                by others, or holds a name that cannot be converted, which
+    ///                                ends its listing
+    /// @return PERR_NO_SUCH_FILE      something vanished while it was being removed, also by this
+    ///                                call under a name that was cut (below)
     /// @return PERR_NO_MEMORY         no memory for a path; that for other things shows as one of
     ///                                the failures above
     ///
@@ -301,8 +307,9 @@ public:
     /// @warning A backslash in the name of an entry counts as a slash, so that an entry such as
     ///          "..\name" has another file or tree removed in its place, even outside of `path`. Do
     ///          not call it on trees to which others can add names.
-    /// @warning Under a multibyte locale a name with other than ASCII characters is cut, in the
-    ///          worst case to its parent folder, which is then emptied; keep to ASCII names.
+    /// @warning Under a multibyte locale a name with other than ASCII characters, `path` or one
+    ///          below it, is cut, in the worst case to its parent folder, which is then emptied;
+    ///          keep to ASCII names.
     [[nodiscard]] static int removeAll(PLiteral const& path);
 
 private:
@@ -467,7 +474,7 @@ public:
     /// @return PERR_DIR_DELETE        the system refused: not empty, not a directory, no permission
     ///
     /// @warning Under a multibyte locale a name with other than ASCII characters is cut and may
-    ///          name another directory; keep to ASCII names.
+    ///          name another directory; fit it with PUtf8::padded, or keep to ASCII names.
     [[nodiscard]] static int pdelete(PLiteral const& dir);
 
 private:
@@ -481,7 +488,7 @@ private:
     struct dirent* current;  ///< what the stream gave last; its own
 };
 
-/// Facts of the system. No instances are needed; free of state.
+/// Facts of the system. No instances are needed.
 class PORTINGLAYER_EXPORT PSystem {
 public:
     /// The folder for temporary files, with a slash at its end: "/tmp/", or empty text when that

@@ -52,8 +52,9 @@
 /// SIGCHLD, the system collects ended children by itself and no exit code can be had.
 ///
 /// **Cancellation.** The operations that block say so, and a thread that is cancelled ends there;
-/// those that read files of the system may be cancellation points too. Nothing stays open in either
-/// case. The destructor and what only clears the id are no cancellation points.
+/// those that reap or read files of the system may be cancellation points too, `start` among them.
+/// Nothing stays open in either case, but a child that was started goes on. The destructor and what
+/// only clears the id are no cancellation points.
 ///
 /// **Text.** Text from and to the system is converted under the locale of the process. Where an
 /// operation gives text with multibyte characters, `len()` counts bytes unless said otherwise: zero
@@ -133,8 +134,8 @@ public:
     /// @warning A child that cannot become the program leaves with `exit`. That runs the exit
     ///          handlers of the caller, destroys its static objects and writes what its streams
     ///          hold, all once more: a static `PFile` in safe-write mode moves its half-written
-    ///          file over the good one. Flush streams before, keep files in objects that are not
-    ///          static, and let exit handlers compare `getpid()`.
+    ///          file over the good one, a static named PMutex or PSemaphore removes its name. Flush
+    ///          streams before, keep such objects local, and let exit handlers compare `getpid()`.
     /// @warning The child inherits ignored and blocked signals: see Signals above, and start it
     ///          while SIGTERM is neither if `kill` is to end it.
     /// @return PERR_OK               in the parent: the child was forked, or the fork failed
@@ -198,7 +199,7 @@ public:
     /// @{
 
     /// Tells whether a process runs. A process that has ended but was not yet collected by its
-    /// parent (a zombie) does not run.
+    /// parent (a zombie) does not run. The id of a thread counts, too.
     ///
     /// @param[out] running  always written; false for process id 0
     /// @return PERR_OK  always
@@ -294,8 +295,8 @@ public:
     /// @return PERR_KILL  the system refused the signal; the process id is 0 all the same
     ///
     /// Blocks: one second when it signalled, less when a signal comes that the caller handles; a
-    /// cancellation point, behind which the process id stays. Children: reaps every ended child of
-    /// the caller.
+    /// cancellation point: where the thread ends there, before or after the signal was sent, the
+    /// object keeps the process id. Children: reaps every ended child of the caller.
     [[nodiscard]] int kill();
 
     /// Ends a process and all its descendants, parents before their children.
@@ -326,7 +327,8 @@ public:
     /// @{
 
     /// Gets the name of a process as the system knows it, cut by the system to 15 bytes except for
-    /// its own workers.
+    /// its own workers, without white space at both ends. The system writes a backslash in it as
+    /// two, and a line feed as a backslash and "n".
     ///
     /// @param[out] name  cleared first; `len()` counts characters
     /// @return PERR_OK
@@ -340,13 +342,15 @@ public:
     [[nodiscard]] int getName(PString& name) const;
 
     /// Gets the path of the program that a process runs, at most 512 bytes of it, without white
-    /// space at both ends and with backslashes turned into slashes.
+    /// space at both ends and with backslashes turned into slashes. Where the file was removed or
+    /// replaced since, the system adds " (deleted)".
     ///
     /// @param[out] path  left alone on failure, but empty on PERR_NO_MEMORY
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, it has no program (a kernel thread, a
     ///                         zombie), or the caller may not see it
-    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path, such as one
+    ///                         with a character across byte 512
     ///
     /// Children: reaps every ended child of the caller.
     [[nodiscard]] static int getPath(unsigned int processId, PString& path);
@@ -365,7 +369,8 @@ public:
     ///          bytes.
     /// @warning Behind an argument with multibyte characters stand as many zero characters as it
     ///          has bytes more than characters, and printing stops there.
-    /// @param[out] commandLine  cleared once the process is found; empty for a kernel thread
+    /// @param[out] commandLine  cleared once the process is found; empty for a kernel thread and a
+    ///                          zombie
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
     /// @return PERR_NO_MEMORY  memory ran out; `commandLine` is empty
@@ -377,12 +382,15 @@ public:
     [[nodiscard]] int getCmdLine(PString& commandLine) const;
 
     /// Gets the current folder of a process, at most 512 bytes of it, without white space at both
-    /// ends and with backslashes turned into slashes.
+    /// ends and with backslashes turned into slashes. Where the folder was removed since, the
+    /// system adds " (deleted)".
     ///
     /// @param[out] dir  left alone on failure, but empty on PERR_NO_MEMORY
     /// @return PERR_OK
-    /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its folder
-    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path
+    /// @return PERR_NOT_FOUND  there is no such process, it has ended (a zombie), or the caller may
+    ///                         not see its folder
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the path, such as one
+    ///                         with a character across byte 512
     [[nodiscard]] static int getWorkingDir(unsigned int processId, PString& dir);
     /// As the form with an id.
     /// @return PERR_NO_PROCESS  no child was started; `dir` is left alone
@@ -407,7 +415,9 @@ public:
     ///          across two blocks is dropped.
     /// @param[out] environment  cleared first
     /// @return PERR_OK
-    /// @return PERR_NOT_FOUND  there is no such process, or the caller may not see its environment
+    /// @return PERR_NOT_FOUND  there is no such process, the caller may not see its environment, or
+    ///                         it has none any more (a zombie; some kernels give PERR_OK and no
+    ///                         entry)
     /// @return PERR_NO_MEMORY  memory ran out; the entries read so far stay
     [[nodiscard]] static int getEnvironment(unsigned int processId,
                                             std::vector<PString>& environment);

@@ -39,7 +39,9 @@ public:
     /// Closes the lock as `close` does, its result ignored, and releases the stored name.
     ///
     /// @warning Destroying an initialised named lock removes its name from the system: keep the
-    ///          object alive for as long as other processes have yet to open the name.
+    ///          object alive for as long as other processes have yet to open the name. A forked
+    ///          child that calls `exit`, as one of a failed PProcess::start does, destroys static
+    ///          objects, too: keep named locks local.
     virtual ~PMutex();
 
     PMutex(PMutex const&) = delete;
@@ -233,7 +235,9 @@ public:
     /// Closes the semaphore as `close` does, its result ignored, and releases the stored name.
     ///
     /// @warning Destroying an initialised named semaphore removes its name from the system: keep
-    ///          the object alive for as long as other processes have yet to open the name.
+    ///          the object alive for as long as other processes have yet to open the name. A forked
+    ///          child that calls `exit`, as one of a failed PProcess::start does, destroys static
+    ///          objects, too: keep named semaphores local.
     virtual ~PSemaphore();
 
     PSemaphore(PSemaphore const&) = delete;

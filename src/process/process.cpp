@@ -75,12 +75,14 @@ void _enterFolder(PString const& folder) {
     if (path.get() == nullptr || chdir(path.get()) != 0) std::exit(EXIT_BAD_WORKING_DIR);
 }
 
+/// Throws without memory.
 void _addToEnvironment(PString const& entry) {
     std::string text = _narrowed(entry.ptr(), entry.len());
     std::size_t const separator = text.find('=');
     if (separator == std::string::npos) return;
     text[separator] = '\0';
-    (void)setenv(text.c_str(), text.c_str() + separator + 1, 1);  // what is refused is skipped
+    if (setenv(text.c_str(), text.c_str() + separator + 1, 1) == 0) return;
+    if (errno != EINVAL) throw std::bad_alloc();  // an empty name is skipped
 }
 
 /// The child's way from the fork to its program. Returns only when memory runs out.

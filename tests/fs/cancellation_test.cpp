@@ -1,6 +1,7 @@
 #include <memory>
 
 #include <fs/files.h>
+#include <portinglayer/libraries.h>
 #include <support/cancelled.h>
 
 using Cancellation = InAFolder;
@@ -24,4 +25,12 @@ TEST_F(Cancellation, WaitsWhileSomethingIsClosed) {
     EXPECT_CODE(PERR_OK, made->popen(named(scratch.path("g")), SAFE_WRITE, 0));
     EXPECT_FALSE(endsACancelledThread([&] { made.reset(); }));
     EXPECT_EQ((std::set<std::string>{"f", "g"}), namesIn(scratch.dir())) << "moved";
+}
+
+TEST_F(Cancellation, WaitsWhileALibraryIsLoaded) {
+    PLibrary* library = nullptr;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(endsACancelledThread(
+        [&] { EXPECT_CODE(PERR_LIBRARY_LOAD, PLibrary::load(L"/none.so", library, true)); }));
+    EXPECT_NE("", testing::internal::GetCapturedStderr()) << "the message is a cancellation point";
 }
