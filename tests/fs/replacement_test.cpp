@@ -6,6 +6,8 @@
 
 #include <faults/interpose.h>
 #include <fs/files.h>
+#include <portinglayer/commands.h>
+#include <portinglayer/file_locks.h>
 #include <portinglayer/replacements.h>
 
 namespace fs = std::filesystem;
@@ -193,6 +195,20 @@ TEST_F(Replacement, TellsAFailedWriteAgainAndLeavesTheOldContent) {
     });
     EXPECT_EQ("old", scratch.read("file"));
     EXPECT_EQ(std::set<std::string>{"file"}, namesIn(scratch.dir()));
+}
+
+TEST_F(Replacement, IsInheritedByNoProgramAndNeitherIsALock) {
+    PFileLock lock;
+    PCommand list(L"ls");
+    PEnding ending{};
+    std::string listed, errors;
+    EXPECT_CODE(PERR_OK, replacement.begin(scratch.wpath("file").c_str()));
+    EXPECT_CODE(PERR_OK, lock.lock(scratch.wpath("lock").c_str(), 0));
+    EXPECT_CODE(PERR_OK, list.addArgument(L"-l"));
+    EXPECT_CODE(PERR_OK, list.addArgument(L"/proc/self/fd"));
+    EXPECT_CODE(PERR_OK, list.run("", listed, errors, ending, 20'000));
+    EXPECT_NE(std::string::npos, listed.find("pipe:"));
+    EXPECT_EQ(std::string::npos, listed.find(scratch.dir())) << listed;
 }
 
 TEST_F(Replacement, StaysWithItsProcessAcrossAFork) {
