@@ -2,14 +2,18 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include <portinglayer/files.h>
+#include <portinglayer/utf8.h>
 
 //! [helper]
 /// Hands the code on, so that it can stand around any call.
 int logged(int code, char const* what, PLiteral const& object, int reason = 0) {
     if (code == PERR_OK) return code;
-    std::fprintf(stderr, "%s \"%ls\": %s (%d)%s%s\n", what, object.ptr(), perrorName(code), code,
+    std::string name;
+    (void)PUtf8::encode(object, name);  // "%ls" loses the line where the locale lacks a character
+    std::fprintf(stderr, "%s \"%s\": %s (%d)%s%s\n", what, name.c_str(), perrorName(code), code,
                  reason != 0 ? ": " : "", reason != 0 ? std::strerror(reason) : "");
     return code;
 }
