@@ -188,8 +188,8 @@ private:
 };
 
 /// Appends integers and texts to a byte vector that the caller owns and keeps alive as long as the
-/// writer. The writer only appends: it never reads or changes what the vector holds, and the
-/// position inherited from `PDataFormater` means nothing to it.
+/// writer. But for `eraseData` the writer only appends: it never reads or changes what the vector
+/// holds. The position inherited from `PDataFormater` means nothing to it.
 ///
 /// The operations that return nothing let the vector's std::bad_alloc through when it cannot grow,
 /// and leave in it the bytes of the integer that found room; all others return PERR_NO_MEMORY.

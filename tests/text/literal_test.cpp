@@ -17,6 +17,8 @@ TEST(Literal, RefersToTheTextItIsGivenUpToItsTerminator) {
     assigned = view;
     EXPECT_EQ(text, assigned.ptr());
     EXPECT_EQ(3U, assigned.len());
+    assigned = L"xy\0z";
+    EXPECT_EQ(2U, assigned.len());
 }
 
 TEST(Literal, IsNotMeasuredAgainWhenGivenThePointerThatItHolds) {
