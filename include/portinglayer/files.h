@@ -6,6 +6,11 @@
 /// from its first zero character on. A name that the locale cannot express reaches the system as no
 /// name at all and is refused (`PFile::check` is true of it, as of all that cannot be examined).
 ///
+/// @warning Under a multibyte locale a name with other than ASCII characters is so cut and may be
+///          that of another file, which is then opened, truncated or removed. Fit it with
+///          PUtf8::padded, except for a safe write, a PTempFile and PFile::removeAll; or keep to
+///          ASCII names.
+///
 /// When the system refuses a `popen`, `pdelete`, `rename` or `pcreate`, its reason is still in
 /// `errno` on return.
 ///
@@ -69,8 +74,6 @@ public:
     /// no effect. The lock is an exclusive advisory `flock`, not waited for, and held until the
     /// handle is closed; it excludes only those who lock too, other handles of this process
     /// included.
-    /// Children: one that is forked meanwhile holds the lock as well, until it closes its copy of
-    /// the handle, becomes another program or ends; `pclose` here does not free it before.
     ///
     /// OPEN_SAFE_WRITE alone, with `share` EXCLUSIVE, writes a new file beside the named one,
     /// called NAME ".talv_temp-" PROCESS "-" TICK, created or truncated for writing and locked;
@@ -92,6 +95,8 @@ public:
     /// @return PERR_NO_MEMORY         the name could not be copied or composed; still closed
     ///
     /// Blocks: not for the lock; a named pipe waits for its other end. A cancellation point.
+    /// Children: one that is forked meanwhile holds the lock as well, until it closes its copy of
+    /// the handle, becomes another program or ends; `pclose` here does not free it before.
     ///
     /// @warning A safe write makes a new file, with mode 0644 less the umask and the caller as
     ///          owner, and replaces a symbolic link instead of following it; set rights anew after

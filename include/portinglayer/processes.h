@@ -333,7 +333,8 @@ public:
     /// @param[out] name  cleared first; `len()` counts characters
     /// @return PERR_OK
     /// @return PERR_NOT_FOUND  there is no such process, or it ended meanwhile
-    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the name
+    /// @return PERR_NO_MEMORY  memory ran out, or the locale cannot convert the name, such as one
+    ///                         that the system cut within a character
     ///
     /// Children: reaps every ended child of the caller.
     [[nodiscard]] static int getName(unsigned int processId, PString& name);
@@ -563,7 +564,8 @@ public:
     /// text of 15 characters or more, folders counted, a process with a name of 15 characters is
     /// compared by the last part of the path it was started with.
     /// @warning A script whose name has 15 characters or more is never found: what it was started
-    ///          with is the path of its interpreter. Look for it with `listPIDs` and `getCmdLine`.
+    ///          with is the path of its interpreter. Nor is a process whose name the locale cannot
+    ///          convert. Look for these with `listPIDs` and `getCmdLine`.
     /// @param[out] pids        emptied first
     /// @param[out] parentPids  emptied first; the parent of each process in `pids`, in the same
     ///                         place
