@@ -101,7 +101,8 @@ bool _endedWell(PCommand& writer) {
 bool _showChanges(PLiteral const& folder, PLiteral const& name) {
     PString self;
     int result = PProcess::getPath(PProcess::getCurrentPID(), self);
-    PCommand first(self), second(self);
+    PLiteral const program(self.ptr());  // zeros stand behind a path beyond ASCII
+    PCommand first(program), second(program);
     if (result == PERR_OK) result = _replace(name, 0);
     if (result == PERR_OK) result = _start(first, folder);
     if (result == PERR_OK) result = _start(second, folder);

@@ -99,7 +99,8 @@ int _employ(char const* folder, PLiteral const& lockName, PLiteral const& readyN
     PSemaphore ready(readyName);
     PString self;
     int result = PProcess::getPath(PProcess::getCurrentPID(), self);
-    PCommand workers[WORKERS] = {PCommand(self), PCommand(self)};
+    PLiteral const program(self.ptr());  // zeros stand behind a path beyond ASCII
+    PCommand workers[WORKERS] = {PCommand(program), PCommand(program)};
 
     if (result == PERR_OK) result = lock.init(true);
     if (result == PERR_OK) result = ready.init(0, true);
