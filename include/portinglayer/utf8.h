@@ -28,6 +28,8 @@ public:
 
     /// Makes wide text of well-formed UTF-8.
     ///
+    /// @warning An `n` that was read from a stream may be 4294967295, which is P_WHOLE_STRING: the
+    ///          bytes are then read up to a zero, wherever it is. Refuse such an `n` before.
     /// @param bytes      may be null where `n` is 0
     /// @param n          bytes, zeros among them too, or P_WHOLE_STRING for all up to the first
     ///                   zero
