@@ -7,7 +7,7 @@
 /// name at all and is refused (`PFile::check` is true of it, as of all that cannot be examined).
 ///
 /// @warning Under a multibyte locale a name with other than ASCII characters is so cut and may be
-///          that of another file, which is then opened, truncated or removed. Fit it with
+///          that of another file, which is then opened, truncated, replaced or removed. Fit it with
 ///          PUtf8::padded, except for a safe write, a PTempFile and PFile::removeAll; or keep to
 ///          ASCII names.
 ///
@@ -104,10 +104,11 @@ public:
     /// @warning Two handles of one process that open one name for safe writing within a millisecond
     ///          share the sibling: the second empties it before it is refused the lock, and the
     ///          first moves what it wrote since over NAME. Let one thread at a time replace a file.
-    /// @warning A safe write to a name that holds a zero character empties NAME at once, since the
-    ///          system sees nothing of what follows the zero. PString's narrow `set` and `cat`
-    ///          leave zeros behind text beyond ASCII: cut them off first, with
-    ///          `PString(name.ptr(), P_WHOLE_STRING)`.
+    /// @warning A safe write to a name beyond ASCII, which is cut, replaces another file: the new
+    ///          content for "a" and an accented letter is moved over "a". With zero characters
+    ///          behind it, as PString's narrow `set` and `cat` leave them, NAME is emptied at once,
+    ///          since the system sees nothing of what follows a zero. Keep to ASCII names without
+    ///          zeros, or use a PReplacement, with a name from PUtf8::decode.
     /// @warning With OPEN_TRUNCATE the content is gone before the lock is asked for; open without
     ///          it where another holder may be at work.
     [[nodiscard]] int popen(PLiteral const& name, unsigned int flags, unsigned int share);
@@ -362,10 +363,12 @@ public:
     /// @warning A second file with the same prefix in the same second keeps the processor busy with
     ///          probes until the second ends, or fails with PERR_OPEN when the attempts are used up
     ///          before; give each file a prefix of its own.
-    /// @warning In a folder that cannot be looked into, each of the 238,328 attempts is made before
-    ///          PERR_OPEN is returned: seconds. Test the folder first, with a PDir.
+    /// @warning In a folder that may not be searched, or that is none, each of the 238,328 attempts
+    ///          is made before PERR_OPEN is returned: about a second. Ask PFile::exists for the
+    ///          folder with "/." behind it first.
     /// @warning Behind a zero character in `prefix` the digits are lost, so the prefix itself is
-    ///          tried and opened; see `PFile::popen` on how to cut zeros off.
+    ///          tried and opened: cut zeros off first, with `PString(prefix.ptr(),
+    ///          P_WHOLE_STRING)`.
     [[nodiscard]] int popen(PLiteral const& prefix, unsigned int flags, unsigned int share);
 
     /// Closes the file, which stays on disk, and frees the object for another `popen`.

@@ -116,10 +116,11 @@ public:
     /// @warning Two adjacent spaces end the argument list: the program of "a  b" gets only "a".
     ///          Write one space between arguments.
     /// @warning Executable, folder, entries and each argument are cut to as many bytes as they have
-    ///          characters, as `PLiteral::ascii` says, so only ASCII passes whole; as folder, entry
-    ///          and last argument also text that has zeros enough behind it, as `PUtf8::padded`
-    ///          puts there. An argument of which nothing is left, or that the locale cannot
-    ///          express, ends the argument list.
+    ///          characters, as `PLiteral::ascii` says, so only ASCII passes whole. In a UTF-8
+    ///          locale fit each of them with `PUtf8::padded`, one argument at a time. Folder,
+    ///          entries and the last argument pass as well with the zero characters that PString's
+    ///          narrow `set` leaves behind them. An argument of which nothing is left, or that the
+    ///          locale cannot express, ends the argument list.
     /// @warning PERR_OK does not say that the program runs. A failed fork gives PERR_OK as well and
     ///          leaves 4294967295 as process id: ask `getPID` or `isRunning`, which tell, and use
     ///          no waiting operation of such an object, as these take any child of the caller; so
