@@ -8,6 +8,7 @@ replace what stands between its marks.
 """
 
 import csv
+import math
 import pathlib
 import re
 import shutil
@@ -69,6 +70,8 @@ def draw(family, operations, file):
     axes.set_xscale("log")
     low, high = axes.get_xlim()
     axes.set_xlim(min(low, 0.5), max(high, 2))
+    decades = math.log10(axes.get_xlim()[1] / axes.get_xlim()[0])
+    axes.xaxis.set_major_locator(ticker.LogLocator(subs=(1, 2, 5) if decades < 3 else (1,)))
     axes.xaxis.set_major_formatter(ticker.FuncFormatter(lambda value, _: f"{value:g}"))
     axes.xaxis.set_minor_formatter(ticker.NullFormatter())
     axes.set_yticks(range(len(operations)), [operation.name for operation in operations])

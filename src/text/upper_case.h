@@ -8,21 +8,23 @@
 /// more than comparing. An empty slot reads as character 0, which is its own upper case.
 class UpperCase {
 public:
+    UpperCase() { upper[0] = L'\0'; }  // the others are written before they are read
+
     wchar_t operator()(wchar_t c) {
-        Slot& slot = slots[static_cast<unsigned>(c) % SLOTS];
-        if (slot.character != c) slot = {c, ask(c)};
-        return slot.upper;
+        unsigned const slot = static_cast<unsigned>(c) % SLOTS;
+        if (seen[slot] != c) {
+            seen[slot] = c;
+            upper[slot] = ask(c);
+        }
+        return upper[slot];
     }
 
     static wchar_t ask(wchar_t c) { return static_cast<wchar_t>(towupper(static_cast<wint_t>(c))); }
 
 private:
     static constexpr unsigned SLOTS = 128;
-    struct Slot {
-        wchar_t character;
-        wchar_t upper;
-    };
-    Slot slots[SLOTS] = {};
+    wchar_t seen[SLOTS] = {};
+    wchar_t upper[SLOTS];
 };
 
 #endif
