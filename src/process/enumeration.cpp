@@ -1,4 +1,3 @@
-#include <csignal>
 #include <new>
 
 #include <portinglayer/processes.h>
@@ -8,7 +7,6 @@
 
 namespace {
 
-constexpr unsigned int TREE_WAIT_MS = 2000;
 constexpr unsigned long CUT_NAME_LENGTH = 15;  ///< the system cuts the names of programs to this
 
 struct ProcessStatus {
@@ -77,18 +75,6 @@ int _find(PString const& name, std::vector<unsigned int>& pids,
     return pids.empty() ? PERR_NOT_FOUND : PERR_OK;
 }
 
-/// The process and all its descendants, breadth first.
-int _listTree(unsigned int root, std::vector<unsigned int>& tree) {
-    tree.push_back(root);
-    std::vector<unsigned int> children;
-    for (std::size_t i = 0; i < tree.size(); ++i) {
-        int const result = PProcess::getChildPID(tree[i], children);
-        if (result == PERR_NO_MEMORY) return result;
-        if (result == PERR_OK) tree.insert(tree.end(), children.begin(), children.end());
-    }
-    return PERR_OK;
-}
-
 }  // namespace
 
 int PProcess::listPIDs(std::vector<unsigned int>& pids) try {
@@ -116,24 +102,6 @@ int PProcess::getChildPID(unsigned int processId, std::vector<unsigned int>& chi
     while (entries.next(one))
         if (getParentPID(one, parent) == PERR_OK && parent == wanted) children.push_back(one);
     return children.empty() ? PERR_NOT_FOUND : PERR_OK;
-} catch (std::bad_alloc const&) {
-    return PERR_NO_MEMORY;
-}
-
-int PProcess::killTree(unsigned int processId) try {
-    std::vector<unsigned int> tree;
-    int result = _listTree(processId, tree);
-    if (result != PERR_OK) return result;
-
-    auto const signalOne = [&result](unsigned int one, int signal) {
-        int const sent = killSignal(one, signal);
-        if (sent != PERR_OK) result = sent;
-    };
-    for (unsigned int const one : tree) {
-        signalOne(one, SIGTERM);
-        if (waitFinish(one, TREE_WAIT_MS)) signalOne(one, SIGKILL);
-    }
-    return result;
 } catch (std::bad_alloc const&) {
     return PERR_NO_MEMORY;
 }

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include <sys/wait.h>
@@ -11,7 +10,6 @@
 
 namespace {
 
-constexpr unsigned int KILL_PAUSE_MS = 1000;
 constexpr int STOPPED = 0x7F;  // in the low bits of a status
 
 /// How a wait with a time limit is divided. The grain of a second is what callers are used to.
@@ -97,30 +95,4 @@ bool PProcess::waitFinish(unsigned int timeoutMs) {
     bool running = false;
     (void)isRunning(running);
     return running;
-}
-
-int PProcess::killSignal(unsigned int processId, int signal) {
-    if (::kill(static_cast<pid_t>(processId), signal) == -1) return PERR_KILL;
-    (void)PThread::psleep(KILL_PAUSE_MS);
-    (void)_reapIfEnded(processId);  // no child, or still running
-    return PERR_OK;
-}
-
-int PProcess::kill(unsigned int processId) {
-    return killSignal(processId, SIGTERM);
-}
-
-int PProcess::kill() {
-    int result = PERR_OK;
-    bool running = false;
-    (void)isRunning(running);  // first, so that a process id that never ran is never signalled
-    if (running) {
-        if (::kill(static_cast<pid_t>(pid), SIGKILL) == 0)
-            (void)PThread::psleep(KILL_PAUSE_MS);
-        else
-            result = PERR_KILL;
-    }
-
-    (void)clearProcessInfo();
-    return result;
 }
