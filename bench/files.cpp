@@ -44,7 +44,7 @@ void _addOpening(char const* title, bool byShortName, Limits const& limits) {
     WITH_NSPR(op.way("NSPR", [=] { return PR_Close(PR_Open(name->c(), PR_RDONLY, 0)); }));
     op.way(OURS, [=] {
         PFile file;
-        return file.popen(name->ours, PFile::OPEN_READ, 1) + file.pclose();
+        return file.popen(name->ours, PFile::OPEN_READ, PFile::UNLOCKED) + file.pclose();
     });
 }
 
@@ -57,7 +57,7 @@ void _addLocking() {
     });
     op.way(OURS, [] {
         PFile file;
-        return file.popen(name->ours, PFile::OPEN_READ, 0) + file.pclose();
+        return file.popen(name->ours, PFile::OPEN_READ, PFile::EXCLUSIVE) + file.pclose();
     });
 }
 

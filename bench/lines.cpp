@@ -33,7 +33,7 @@ std::size_t _readStandard(Name const& name) {
 
 std::size_t _readOurs(Name const& name) {
     PFile file;
-    (void)file.popen(name.ours, PFile::OPEN_READ, 1);
+    (void)file.popen(name.ours, PFile::OPEN_READ, PFile::UNLOCKED);
     std::size_t characters = 0;
     for (PString line; file.preadLine(line) == PERR_OK;) characters += line.len();
     return characters;

@@ -72,11 +72,12 @@ public:
     explicit ProcessSampler(unsigned int processId) : pid(processId) {}
 
     int open() {
-        int result = machineFile.popen(COUNTERS_WIDE, PFile::OPEN_READ, 1);
+        int result = machineFile.popen(COUNTERS_WIDE, PFile::OPEN_READ, PFile::UNLOCKED);
         if (result != PERR_OK) return result;
         PString path;
         result = PUtils::pformatString(path, L"/proc/%u/stat", pid);
-        return result == PERR_OK ? processFile.popen(path, PFile::OPEN_READ, 1) : result;
+        if (result != PERR_OK) return result;
+        return processFile.popen(path, PFile::OPEN_READ, PFile::UNLOCKED);
     }
 
     int rewind() {

@@ -95,7 +95,7 @@ int _readUserId(unsigned int processId, int& userId) {
     PFile file;
     if (PUtils::pformatString(path, L"/proc/%u/status", processId) != PERR_OK)
         return PERR_NO_MEMORY;
-    if (file.popen(path, PFile::OPEN_READ, 1) != PERR_OK) return PERR_NOT_FOUND;
+    if (file.popen(path, PFile::OPEN_READ, PFile::UNLOCKED) != PERR_OK) return PERR_NOT_FOUND;
 
     PString line;
     int const result = _readLineHolding(file, L"uid", line);
@@ -242,7 +242,8 @@ int PProcess::getUserName(unsigned int const& processId, PString& name) {
     PString needle;
     PFile accounts;
     if (PUtils::pformatString(needle, L":%d:", userId) != PERR_OK) return PERR_NO_MEMORY;
-    if (accounts.popen(L"/etc/passwd", PFile::OPEN_READ, 1) != PERR_OK) return PERR_NOT_FOUND;
+    if (accounts.popen(L"/etc/passwd", PFile::OPEN_READ, PFile::UNLOCKED) != PERR_OK)
+        return PERR_NOT_FOUND;
 
     PString line;
     result = _readLineHolding(accounts, needle, line);
