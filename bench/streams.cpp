@@ -61,6 +61,8 @@ Integer _swapped(Integer value) {
 /// The hand-written way: a byte vector, bounds checked, with the library's own format.
 struct Bare {
     using Text = std::wstring;
+    static constexpr unsigned char STRING_TAG = 0x09;
+    static constexpr unsigned char TEXT_TAG = 0x85;
     static Text text(wchar_t const* s) { return s; }
 
     void put(unsigned char value) { bytes.push_back(value); }
@@ -71,8 +73,8 @@ struct Bare {
         bytes.insert(bytes.end(), from, from + sizeof value);
     }
     void put(Text const& s) {
-        put(static_cast<unsigned char>(9));
-        put(static_cast<unsigned char>(85));
+        put(STRING_TAG);
+        put(TEXT_TAG);
         put(static_cast<std::uint32_t>(s.size()));
         for (wchar_t const c : s) bytes.push_back(static_cast<unsigned char>(c));
     }
@@ -93,7 +95,7 @@ struct Bare {
         get(tags[0]);
         get(tags[1]);
         get(count);
-        if (tags[0] != 9 || tags[1] != 85 || bytes.size() - at < count) return;
+        if (tags[0] != STRING_TAG || tags[1] != TEXT_TAG || bytes.size() - at < count) return;
         s.assign(bytes.data() + at, bytes.data() + at + count);
         at += count;
     }
