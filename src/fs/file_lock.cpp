@@ -66,13 +66,13 @@ void _sleep(nanoseconds duration) {
     while (nanosleep(&left, &left) != 0 && errno == EINTR) {}
 }
 
-/// Opens what stands under the name, for the lock to hold. Gives its descriptor, or -1.
-int _openFor(PFileLock& lock, char const* path) {
+/// Opens what stands under the name, for the lock to hold. False, with errno, where it cannot.
+bool _openFor(PFileLock& lock, char const* path) {
     for (;;) {
         unsigned int const forks = HeldLocks::forks();
         Descriptor file(_uninterrupted([&] { return _open(path); }));
-        if (!file.isOpen() || !_leaveStandardStreams(file)) return NONE;
-        if (HeldLocks::add(lock, file.get(), forks)) return file.release();
+        if (!file.isOpen() || !_leaveStandardStreams(file)) return false;
+        if (HeldLocks::add(lock, file, forks)) return true;
     }
 }
 
@@ -125,7 +125,7 @@ int PFileLock::attempt(char const* path) {
     Uncancelled const throughout;
     int result = CHANGED;
     while (result == CHANGED) {
-        if (_openFor(*this, path) == NONE) return _lockFailure(errno);
+        if (!_openFor(*this, path)) return _lockFailure(errno);
         result = _lockStanding(fd, path);
         if (result != PERR_OK) release();
     }

@@ -53,10 +53,10 @@ unsigned int HeldLocks::forks() {
     return forkCount;
 }
 
-bool HeldLocks::add(PFileLock& lock, int fd, unsigned int forks) {
+bool HeldLocks::add(PFileLock& lock, Descriptor& file, unsigned int forks) {
     Changing const alone;
     if (forkCount != forks) return false;
-    lock.fd = fd;
+    lock.fd = file.release();
     lock.holder = getpid();
     lock.next = std::exchange(first, &lock);
     return true;

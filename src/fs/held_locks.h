@@ -4,6 +4,8 @@
 
 #include <portinglayer/file_locks.h>
 
+#include "fs/descriptor.h"
+
 /// A forked child has a copy of every descriptor, and as long as one copy is open the lock does not
 /// end with its holder: each child closes its copies before anything else is run in it. Nothing but
 /// the list is changed while its mutex is held, so that no fork waits for a file.
@@ -14,9 +16,9 @@ struct HeldLocks {
     /// How often the process was forked.
     static unsigned int forks();
 
-    /// Adds a lock with the descriptor that it has opened since `forks` were counted. False when a
-    /// child forked meanwhile has it, too: nothing is added.
-    static bool add(PFileLock& lock, int fd, unsigned int forks);
+    /// Adds a lock and hands it the file that was opened for it since `forks` were counted. False
+    /// when a child forked meanwhile has the file, too: nothing is added.
+    static bool add(PFileLock& lock, Descriptor& file, unsigned int forks);
 
     /// Takes a lock out and closes its descriptor.
     static void close(PFileLock& lock);
