@@ -32,7 +32,8 @@ int PDir::popen(PLiteral const& dir, PLiteral const& newPattern) {
     if (stream != nullptr) return result = PERR_DIR_ALREADY_OPEN;
 
     // After a failure the first pattern stays, and the new directory is tried with it.
-    if (pattern.len() == 0 && setUp(dir, newPattern) != PERR_OK) return result;
+    result = pattern.len() == 0 ? setUp(dir, newPattern) : PERR_OK;
+    if (result != PERR_OK) return result;
     NarrowText const name(dir);
     if (_isName(name)) stream = opendir(name.get());
     return result = stream != nullptr ? PERR_OK : PERR_DIR_NOT_OPEN;
@@ -40,9 +41,9 @@ int PDir::popen(PLiteral const& dir, PLiteral const& newPattern) {
 
 int PDir::setUp(PLiteral const& dir, PLiteral const& newPattern) {
     bool const slashed = dir.endsWith(L"/", P_WHOLE_STRING, false);
-    result = _joinName(path, {dir, slashed ? L"" : L"/"});
-    if (result != PERR_OK) return result;
-    return result = pattern.set(newPattern.len() != 0 ? newPattern : L"*", P_WHOLE_STRING);
+    int const joined = _joinName(path, {dir, slashed ? L"" : L"/"});
+    if (joined != PERR_OK) return joined;
+    return pattern.set(newPattern.len() != 0 ? newPattern : L"*", P_WHOLE_STRING);
 }
 
 int PDir::preaddir() {

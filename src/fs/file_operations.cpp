@@ -121,5 +121,6 @@ int PFile::removeAll(PLiteral const& name) {
 
     int const emptied = _empty(path);
     if (emptied != PERR_OK) return emptied;
-    return PDir::pdelete(path) == PERR_OK ? PERR_OK : pdelete(path);
+    if (PDir::pdelete(path) == PERR_OK) return PERR_OK;
+    return pdelete(path);  // a link to a folder
 }

@@ -96,10 +96,13 @@ int _createBeside(ReplacedFile const& replaced, std::string& name, Descriptor& f
             return openat(replaced.folder.get(), name.c_str(),
                           O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         }));
-        if (file.isOpen() && _leaveStandardStreams(file)) return PERR_OK;
+        if (!file.isOpen() && errno == EEXIST) continue;
+        if (!file.isOpen()) return _openFailure(errno);
+        if (_leaveStandardStreams(file)) return PERR_OK;
+
         int const error = errno;
-        if (file.isOpen()) (void)unlinkat(replaced.folder.get(), name.c_str(), 0);
-        if (file.isOpen() || error != EEXIST) return _openFailure(error);
+        (void)unlinkat(replaced.folder.get(), name.c_str(), 0);
+        return _openFailure(error);
     }
     return PERR_SYSTEM;
 }
