@@ -8,6 +8,8 @@
 
 #include <portinglayer/commands.h>
 
+#include "sync/system_times.h"
+
 /// A moment of the monotonic clock, or none.
 class Deadline {
 public:
@@ -26,11 +28,7 @@ public:
     /// What is left, in the place given, for a call of the system; null when there is no limit.
     timespec const* left(timespec& place) const {
         if (endless) return nullptr;
-        auto const nanoseconds =
-            std::max<std::chrono::nanoseconds>(end - Clock::now(), std::chrono::nanoseconds(0));
-        auto const seconds = std::chrono::duration_cast<std::chrono::seconds>(nanoseconds);
-        place.tv_sec = seconds.count();
-        place.tv_nsec = (nanoseconds - seconds).count();
+        place = _toTimespec(std::max(end - Clock::now(), Clock::duration::zero()));
         return &place;
     }
 

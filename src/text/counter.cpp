@@ -110,8 +110,7 @@ PCounter::operator int() const {
 // The results of lock and unlock are ignored throughout: the mutex is never initialised, so both
 // fail, and a counter has no way to tell.
 
-PCounterSync::PCounterSync(int v) : PCounter(0) {
-    value = v;
+PCounterSync::PCounterSync(int v) : PCounter(v) {
 }
 
 PCounterSync::PCounterSync(PCounterSync const& o) : PCounter(o), mutex() {

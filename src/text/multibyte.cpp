@@ -58,8 +58,7 @@ Progress<wchar_t, char> _narrowRun(wchar_t const* from, wchar_t const* fromEnd, 
         }
         wchar_t const* const pause = from + std::min(fromEnd - from, BLOCK);
         for (; from != pause && to != toEnd; ++from) {
-            // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character
-            auto const c = static_cast<std::uint32_t>(*from);
+            std::uint32_t const c = _codePoint(*from);
             if (c < 0x80) {
                 *to++ = static_cast<char>(c);
                 continue;

@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <climits>
 #include <cwchar>
-#include <cwctype>
 #include <memory>
 
 #include <portinglayer/strings.h>
 
 #include "text/needle.h"
 #include "text/substring.h"
+#include "text/upper_case.h"
 
 namespace {
 
@@ -32,7 +32,8 @@ wchar_t const* _findForward(wchar_t const* text, std::size_t places, ExactNeedle
     wchar_t const* const end = text + places;
     wchar_t const* at = text;
     std::size_t vain = 0;
-    for (std::ptrdiff_t stops = 0; stops < FEW + (at - text) / RARE && vain < ALLOWED; ++stops) {
+    for (std::ptrdiff_t stops = 0; stops < FEW + (at - text) / RARE && vain < ALLOWED_IN_VAIN;
+         ++stops) {
         at = wmemchr(at, needle[0], static_cast<std::size_t>(end - at));
         if (at == nullptr) return nullptr;
         if (needle.mayStandAt(at) && needle.standsAt(at, vain)) return at;
@@ -41,14 +42,10 @@ wchar_t const* _findForward(wchar_t const* text, std::size_t places, ExactNeedle
     return _findExact(at, static_cast<std::size_t>(end - at), needle, false);
 }
 
-wchar_t _upper(wchar_t c) {
-    return static_cast<wchar_t>(towupper(static_cast<wint_t>(c)));
-}
-
 bool _equal(wchar_t const* a, wchar_t const* b, std::size_t length, bool ignoreCase) {
     if (!ignoreCase) return wmemcmp(a, b, length) == 0;
     return std::equal(a, a + length, b,
-                      [](wchar_t x, wchar_t y) { return _upper(x) == _upper(y); });
+                      [](wchar_t x, wchar_t y) { return UpperCase::ask(x) == UpperCase::ask(y); });
 }
 
 /// The position of `c` in the terminated text, null when there is none.

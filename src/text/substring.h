@@ -10,7 +10,7 @@
 #include "text/prepared_needle.h"
 
 /// What may be compared in vain, in characters, before it pays to prepare the needle.
-constexpr std::size_t ALLOWED = 4096;
+constexpr std::size_t ALLOWED_IN_VAIN = 4096;
 constexpr std::size_t ALLOWED_PER_PLACE = 4;
 
 /// Compares at every place, however long it takes.
@@ -43,7 +43,7 @@ wchar_t const* _findOneByOne(wchar_t const* text, std::size_t places, Needle& ne
         std::size_t const place = FROM_END ? places - 1 - passed : passed;
         if (!needle.mayStandAt(text + place)) continue;
         if (needle.standsAt(text + place, vain)) return text + place;
-        if (vain > ALLOWED) return _findBehind<FROM_END>(place, text, places, needle);
+        if (vain > ALLOWED_IN_VAIN) return _findBehind<FROM_END>(place, text, places, needle);
     }
     return nullptr;
 }
@@ -51,7 +51,7 @@ wchar_t const* _findOneByOne(wchar_t const* text, std::size_t places, Needle& ne
 /// Takes the place that comes first in the direction of the search out of a block.
 template <bool FROM_END>
 std::size_t _takePlace(unsigned& block) {
-    int const place = FROM_END ? 31 - std::countl_zero(block) : std::countr_zero(block);
+    int const place = FROM_END ? std::bit_width(block) - 1 : std::countr_zero(block);
     block &= ~(1U << place);
     return static_cast<std::size_t>(place);
 }
@@ -72,7 +72,7 @@ wchar_t const* _findInBlocks(wchar_t const* text, std::size_t places, Needle& ne
         do {
             std::size_t const place = start + _takePlace<FROM_END>(block);
             if (needle.standsAt(text + place, vain)) return text + place;
-            if (vain > ALLOWED + ALLOWED_PER_PLACE * passed)
+            if (vain > ALLOWED_IN_VAIN + ALLOWED_PER_PLACE * passed)
                 return _findBehind<FROM_END>(place, text, places, needle);
         } while (block != 0);
     }
