@@ -135,7 +135,9 @@ int PDataReader::readStrings(std::vector<PString>& list) {
         unsigned long const before = offset;
         result = getElement(list);
         if (result == PERR_DATA_DECODE || result == PERR_NO_MEMORY) return result;
-        if (offset == before) break;  // every further try would meet the same bytes
+        // Behind the head of one that is cut short the next is looked for; where not even the head
+        // was taken, every further try would meet the same bytes.
+        if (offset == before) break;
     }
     return result;
 }

@@ -182,17 +182,17 @@ int PCommand::run(std::string const& input, std::string& output, std::string& er
     // Its own, so that a thread that is cancelled leaves none behind that does not block.
     CommandStreams streams(std::move(state->streams));
     CommandExchange exchange(streams, state->child.descriptor(), input);
-    int const code = exchange.go(until);
-    int const killed = code == PERR_OK ? PERR_OK : state->child.kill();
+    int const exchanged = exchange.go(until);
+    int const killed = exchanged == PERR_OK ? PERR_OK : state->child.kill();
 
     PEnding how{};
     int const collected = state->child.await(how, Deadline(killed == PERR_OK ? FOREVER : 0));
     if (collected == PERR_PROCESS_RUNNING) return killed;
     if (collected != PERR_OK) return collected;
-    if (code != PERR_OK && code != PERR_PROCESS_RUNNING) return code;
+    if (exchanged != PERR_OK && exchanged != PERR_PROCESS_RUNNING) return exchanged;
 
     output = std::move(exchange.output);
     errors = std::move(exchange.errors);
     ending = how;
-    return code;
+    return exchanged;
 }

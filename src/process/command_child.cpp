@@ -157,9 +157,9 @@ int CommandChild::end(PEnding& how, Deadline const& grace) {
     if (!isHeld()) return collect(how);
     int code = signalGroup(SIGTERM);
     if (code == PERR_OK) code = awaitGroup(grace);
-    bool const left = code == PERR_PROCESS_RUNNING;
-    if (code == PERR_OK || left) code = kill();  // also what began while it was looked for
-    if (code == PERR_OK && left) (void)awaitGroup(Deadline(DYING_MS));
+    bool const someStay = code == PERR_PROCESS_RUNNING;
+    if (code == PERR_OK || someStay) code = kill();  // also what began while it was looked for
+    if (code == PERR_OK && someStay) (void)awaitGroup(Deadline(DYING_MS));
 
     // What was refused is of no account where the child has ended.
     int const collectedCode = await(how, Deadline(code == PERR_OK ? PCommand::FOREVER : 0));

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t LONGEST_NAME = 127 - 16;
+constexpr std::size_t LONGEST_NAME = 127 - 16;  // what a path of 127 characters leaves for it
 
 bool _isProcess(dirent const& entry) {
     return entry.d_type == DT_DIR && entry.d_name[0] >= '0' && entry.d_name[0] <= '9' &&

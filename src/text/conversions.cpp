@@ -236,8 +236,7 @@ int PUtils::binaryToStr(unsigned char const* data, unsigned long n, PString& out
 
 int PUtils::strToBinary(PLiteral const& s, unsigned char*& out, unsigned long& outLen) {
     if (s.ptr() == nullptr || s.len() == 0) return PERR_BAD_FORMAT;
-    unsigned long const most =
-        s.len() / 4 + 1;  // an item and its comma are four characters or more
+    unsigned long const most = s.len() / 4 + 1;  // an item takes four characters with its comma
     std::unique_ptr<unsigned char[]> const bytes(new (std::nothrow) unsigned char[most]);
     if (!bytes) return PERR_NO_MEMORY;
     unsigned long count = 0;

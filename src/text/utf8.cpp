@@ -45,7 +45,7 @@ char* _encodePart(char* to, wchar_t const* from, wchar_t const* const end) {
     while (end - from >= BLOCK) {
         unsigned const others = _narrowAsciiFront(to, from);
         std::ptrdiff_t const ascii = others == 0 ? BLOCK : std::countr_zero(others);
-        wchar_t const* behind = from + std::bit_width(others);  // the last of them
+        wchar_t const* behind = from + std::bit_width(others);  // the last other
         to += ascii;
         from += ascii;
         if (others == 0) continue;

@@ -16,7 +16,8 @@ inline std::wstring_view _stripped(std::wstring_view text) {
     return text;
 }
 
-/// What PString::trim leaves of a text: one that is moved to the front ends at its first zero.
+/// What PString::trim leaves of a text: what it moves to the front it measures there, so that this
+/// ends at its first zero.
 inline std::wstring_view _trimmed(std::wstring_view text) {
     std::wstring_view const kept = _stripped(text);
     return kept.data() == text.data() ? kept : kept.substr(0, kept.find(L'\0'));
