@@ -51,7 +51,7 @@ wchar_t const* _findOneByOne(wchar_t const* text, std::size_t places, Needle& ne
 /// Takes the place that comes first in the direction of the search out of a block.
 template <bool FROM_END>
 std::size_t _takePlace(unsigned& block) {
-    int const place = FROM_END ? std::bit_width(block) - 1 : std::countr_zero(block);
+    int const place = FROM_END ? 31 - std::countl_zero(block) : std::countr_zero(block);
     block &= ~(1U << place);
     return static_cast<std::size_t>(place);
 }

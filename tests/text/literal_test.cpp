@@ -2,7 +2,7 @@
 
 #include <malloc.h>
 #include <support/expect.h>
-#include <text/order.h>
+#include <support/order.h>
 
 using namespace std::string_view_literals;
 

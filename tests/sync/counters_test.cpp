@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <portinglayer/counters.h>
-#include <text/order.h>
+#include <support/order.h>
 
 namespace {
 

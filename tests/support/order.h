@@ -1,6 +1,6 @@
 /// The six comparisons at once.
-#ifndef TESTS_TEXT_ORDER_H
-#define TESTS_TEXT_ORDER_H
+#ifndef TESTS_SUPPORT_ORDER_H
+#define TESTS_SUPPORT_ORDER_H
 
 #include <gtest/gtest.h>
 
