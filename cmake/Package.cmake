@@ -44,11 +44,11 @@ set(CPACK_DEBIAN_SYMBOLS_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_SYMBOLS_DESCRIPTION
   "debug symbols\n Lets gdb show the lines and variables of the portability layer.")
 install(CODE "
-  execute_process(COMMAND ${CMAKE_READELF} -n $<TARGET_FILE:portinglayer> OUTPUT_VARIABLE notes)
+  execute_process(COMMAND ${CMAKE_READELF} -n \"$<TARGET_FILE:portinglayer>\" OUTPUT_VARIABLE notes)
   if(NOT notes MATCHES \"Build ID: (..)([0-9a-f]+)\")
     message(FATAL_ERROR \"the library has no build id\")
   endif()
-  file(INSTALL ${PORTINGLAYER_DEBUG_SYMBOLS} RENAME \"\${CMAKE_MATCH_2}.debug\"
+  file(INSTALL \"${PORTINGLAYER_DEBUG_SYMBOLS}\" RENAME \"\${CMAKE_MATCH_2}.debug\"
     DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/\${CMAKE_MATCH_1}\"
     PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)"
   COMPONENT symbols)
