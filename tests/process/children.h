@@ -3,6 +3,7 @@
 #define TESTS_PROCESS_CHILDREN_H
 
 #include <algorithm>
+#include <filesystem>
 #include <vector>
 
 #include <portinglayer/processes.h>
@@ -26,17 +27,16 @@ inline PString shell(std::string command) {
 /// A child that runs its program, and is gone when the object ends.
 class Child {
 public:
-    explicit Child(PString const& arguments = owned("60"),
-                   std::string const& program = "/bin/sleep")
+    explicit Child(PString const& arguments = owned("60"), std::string program = "/bin/sleep")
         : process(owned(program), arguments) {
-        PString ours, line;
         if (process.start() != PERR_OK || process.getPID(pid) != PERR_OK ||
             static_cast<int>(pid) < 1)
             throw std::runtime_error("no child");  // its id would mean others
-        (void)PProcess::getCmdLine(static_cast<unsigned int>(getpid()), ours);
-        EXPECT_TRUE(eventually([&] {
-            return PProcess::getCmdLine(pid, line) == PERR_OK && line.len() > 0 && line != ours;
-        }));
+        std::replace(program.begin(), program.end(), '\\', '/');
+        PString const expected = owned(std::filesystem::canonical(program));
+        PString path;
+        EXPECT_TRUE(eventually(
+            [&] { return PProcess::getPath(pid, path) == PERR_OK && path == expected; }));
     }
     Child(Child const&) = delete;
     ~Child() {
