@@ -1,5 +1,3 @@
-#include <climits>
-
 #include <data/bytes.h>
 #include <portinglayer/data_streams.h>
 #include <support/expect.h>
@@ -42,19 +40,6 @@ TEST(Integer, ThatIsCutMovesNothing) {
     EXPECT_EQ(0U, reader.getOffset());
     EXPECT_CODE(PERR_OK, reader.getShort(whole));
     EXPECT_EQ(0x0102, whole);
-}
-
-TEST(Integer, BehindTheEndFailsUntilTheStreamHasGrown) {
-    Bytes data = bytes("01 02");
-    PDataReader reader(data);
-    unsigned short value = 0;
-    reader.setOffset(ULONG_MAX);
-    EXPECT_CODE(PERR_DATA_SHORT, reader.getWord(value));
-    reader.setOffset(2);
-    EXPECT_CODE(PERR_DATA_SHORT, reader.getWord(value));
-    PDataWriter(data).appendWord(0x0304);
-    EXPECT_CODE(PERR_OK, reader.getWord(value));
-    EXPECT_EQ(0x0304, value);
 }
 
 TEST(DataWriter, AppendsWhateverItsPositionAndStartsAnewWhenErased) {

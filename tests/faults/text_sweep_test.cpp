@@ -55,6 +55,20 @@ TEST(TextSweep, AssignedTextIsEmptyWithoutMemory) {
            .after = [&](int) { EXPECT_TRUE(text == abc || text.len() == 0); }});
 }
 
+TEST(TextSweep, ASearchWithoutMemoryToPrepareItFindsTheSame) {
+    std::wstring const many(5000, L'a'), more(9000, L'a');
+    std::wstring const text = more + L"b" + more, sought = many + L"b" + many;
+    unsigned long pos = 0;
+    auto const search = [&] {
+        return PLiteral(text.c_str()).str(sought.c_str(), pos, false, false);
+    };
+    sweep({.name = "str",
+           .codes = {},
+           .operation = search,
+           .before = [&] { pos = 0; },
+           .after = [&](int) { EXPECT_EQ(4000U, pos); }});
+}
+
 TEST(TextSweep, AKeyWithoutItsValueIsTold) {
     PString key, value;
     auto const look = [&](int code) {

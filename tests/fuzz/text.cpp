@@ -5,7 +5,7 @@
 
 #include <portinglayer/strings.h>
 
-// The parsers beside the C library's, the editing operations and the tokeniser beside a plain model.
+// What takes a text apart, and the editing operations beside a plain model.
 
 namespace {
 
@@ -13,21 +13,7 @@ void _must(bool holds) {
     if (!holds) abort();
 }
 
-template <typename T>
-void _number(int (*read)(PLiteral const&, T&), wchar_t const* format, std::wstring const& text) {
-    T ours{}, scanned{};
-    bool const valid = swscanf(text.c_str(), format, &scanned) == 1 && text[0] != 0;
-    _must((read(text.c_str(), ours) == PERR_OK) == valid && (!valid || ours == scanned));
-}
-
 void _parse(std::wstring const& s, wchar_t separator) {
-    _number<int>(PUtils::strToInt32, L"%d", s);
-    _number<unsigned int>(PUtils::strToUint32, L"%u", s);
-    _number<long long>(PUtils::strToInt64, L"%lld", s);
-    _number<unsigned long long>(PUtils::strToUint64, L"%llu", s);
-    bool flag = false;
-    _must((PUtils::strToBool(s.c_str(), flag) == PERR_OK) == (s == L"true" || s == L"false"));
-
     PString rest(s.data(), s.size()), token, key, value;
     unsigned long count = 0;
     while (PLiteral::getNextToken(rest, token, separator) == PERR_OK)

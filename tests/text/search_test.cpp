@@ -60,6 +60,19 @@ TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
     (void)munmap(zeros, BYTES);
 }
 
+TEST(TextSearch, ReadsNothingBehindTheText) {
+    constexpr std::size_t PAGE = 0x10000;  // bytes, or a part of it
+    void* const room = mmap(nullptr, 2 * PAGE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    auto const* const end = static_cast<wchar_t const*>(room) + PAGE / sizeof(wchar_t);
+    ASSERT_EQ(0, mprotect(const_cast<wchar_t*>(end), PAGE, PROT_NONE));
+    for (unsigned long length = 2; length < 600; ++length)
+        for (bool const ignoreCase : {EXACT, IGNORING_CASE})
+            for (bool const fromEnd : {FORWARD, FROM_END})
+                ASSERT_EQ(NOWHERE,
+                          _find(View(end - length, length), View(L"\0a", 2), fromEnd, ignoreCase));
+    (void)munmap(room, 2 * PAGE);
+}
+
 TEST(TextSearch, OfWhatNearlyStandsEverywhereEndsSoonAndIsRight) {
     std::setlocale(LC_CTYPE, "C.UTF-8");
     std::wstring const most(100000, L'a');
