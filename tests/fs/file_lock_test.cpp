@@ -81,19 +81,17 @@ TEST_F(FileLock, IsTakenSoonAfterItComesFreeAtNextToNoProcessorTime) {
     std::clock_t const used = std::clock();
     for (int round = 0; round < 5; ++round) {
         ASSERT_CODE(PERR_OK, other.lock(name, 0));
-        steady_clock::time_point released;
+        auto const start = steady_clock::now();
         std::thread releasing([&] {
             std::this_thread::sleep_for(milliseconds(203));
-            released = steady_clock::now();
             EXPECT_CODE(PERR_OK, other.unlock());
         });
         EXPECT_CODE(PERR_OK, lock.lock(name, FOREVER));
-        auto const taken = steady_clock::now();
+        soonest = std::min(soonest, steady_clock::now() - start);
         releasing.join();
-        soonest = std::min(soonest, taken - released);
         EXPECT_CODE(PERR_OK, lock.unlock());
     }
-    EXPECT_LE(soonest, milliseconds(20)) << "in the quietest round";
+    EXPECT_LE(soonest, milliseconds(223)) << "in the quietest round";
     EXPECT_LE(std::clock() - used, CLOCKS_PER_SEC / 20) << "of a second";
 }
 
@@ -137,25 +135,15 @@ TEST_F(FileLock, IsNotTakenForAStandardStreamThatIsClosed) {
     });
 }
 
-TEST_F(FileLock, IsThatOfTheFileThatStandsUnderTheNameNow) {
-    for (bool const replaced : {false, true}) {
-        PFileLock old, waiting;
-        ASSERT_CODE(PERR_OK, old.lock(name, 0));
-        std::thread changing([&] {
-            std::this_thread::sleep_for(milliseconds(50));
-            if (replaced) fs::rename(scratch.write("new", ""), scratch.path("f"));
-            if (!replaced) fs::remove(scratch.path("f"));
-        });
-        EXPECT_CODE(PERR_OK, waiting.lock(name, 20'000));
-        changing.join();
-        EXPECT_CODE(PERR_LOCKED, PFileLock().lock(name, 0));
-    }
-}
-
-TEST_F(FileLock, IsNotThatOfAFileThatIsReplacedWhileItIsLocked) {
+TEST_F(FileLock, IsThatOfTheFileThatStandsUnderTheNameOnceItIsLocked) {
     beforeLocking = [&] { fs::rename(scratch.write("new", ""), scratch.path("f")); };
     EXPECT_CODE(PERR_OK, lock.lock(name, 0));
     EXPECT_CODE(PERR_LOCKED, other.lock(name, 0));
+
+    EXPECT_CODE(PERR_OK, lock.unlock());
+    beforeLocking = [&] { fs::remove(scratch.path("f")); };
+    EXPECT_CODE(PERR_OK, lock.lock(name, 0));
+    EXPECT_CODE(PERR_LOCKED, other.lock(name, 0)) << "of the file that was made anew";
 }
 
 TEST_F(FileLock, IsThatOfAFileWhichAnotherUserMakesFirst) {

@@ -13,18 +13,6 @@ std::wstring _formattedOnce(wchar_t const* format, wchar_t const* text, char con
     return room.c_str();
 }
 
-struct Arguments {
-    std::unique_ptr<PString[]> texts;
-    unsigned long count = 77;
-    int code;
-
-    Arguments(int argc, char const* const* argv) {
-        PString* made = nullptr;
-        code = PUtils::convertArgs(argc, const_cast<char**>(argv), made, count, L'=');
-        texts.reset(made);
-    }
-};
-
 }  // namespace
 
 TEST(Formatting, FillsInTheArguments) {
@@ -61,6 +49,7 @@ TEST(Formatting, GivesWhatOnePassWithItsRoomGives) {
 TEST(KeyAndValue, StandBeforeAndBehindTheFirstSeparatorTrimmed) {
     PString text(L" k \t=\r v=w ", P_WHOLE_STRING), value(L"old", 3);
     EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L':'));
+    EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L'\0'));
     EXPECT_TEXT(L"old", value);
     EXPECT_CODE(PERR_OK, PUtils::getKeyValue(text, text, value, L'=')) << "replaces the text";
     EXPECT_TEXT(L"k", text);
@@ -76,21 +65,24 @@ TEST(Arguments, AreTextsOfWhichTheFirstIsAPair) {
         wchar_t const* first;
     } const rows[] = {
         {"/bin/x", L"process.name=/bin/x"}, {"p=q", L"p=q"}, {nullptr, L"process.name="}};
-    for (auto const& [path, first] : rows) {
-        char const* const list[] = {path, "a=1", nullptr};
-        Arguments const made(3, list);
-        ASSERT_CODE(PERR_OK, made.code);
-        ASSERT_EQ(3U, made.count);
-        EXPECT_TEXT(first, made.texts[0]);
-        EXPECT_TEXT(L"a=1", made.texts[1]);
-        EXPECT_TEXT(L"", made.texts[2]);
+    for (auto const& row : rows) {
+        char const* list[] = {row.path, "a=1", nullptr};
+        PString* made = nullptr;
+        unsigned long count = 0;
+        ASSERT_CODE(PERR_OK, PUtils::convertArgs(3, const_cast<char**>(list), made, count, L'='));
+        std::unique_ptr<PString[]> const texts(made);
+        EXPECT_EQ(3U, count);
+        EXPECT_TEXT(row.first, texts[0]);
+        EXPECT_TEXT(L"a=1", texts[1]);
+        EXPECT_TEXT(L"", texts[2]);
     }
 }
 
 TEST(Arguments, OfANegativeCountAreRefused) {
-    Arguments const fewer(-1, nullptr);
-    EXPECT_CODE(PERR_NO_MEMORY, fewer.code);
-    EXPECT_EQ(77U, fewer.count);
+    PString* made = nullptr;
+    unsigned long count = 77;
+    EXPECT_CODE(PERR_NO_MEMORY, PUtils::convertArgs(-1, nullptr, made, count, L'='));
+    EXPECT_EQ(77U, count);
 }
 
 TEST(Path, HasSlashesOnceFixedAndGetsNoExtension) {

@@ -141,6 +141,7 @@ TEST(StringErase, TakesARangeOutAndRefusesOneThatEndsBehindTheText) {
     _expectEdits({
         {"in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
         {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
+        {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
     });
 }
 
