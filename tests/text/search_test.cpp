@@ -61,7 +61,8 @@ TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
 }
 
 TEST(TextSearch, ReadsNothingBehindTheText) {
-    constexpr std::size_t PAGE = 0x10000;  // bytes, or a part of it
+    constexpr std::size_t PAGE = 0x10000;  // bytes: so large or smaller is a page
+    // Full of zeros, so that the beginning of what is sought stands everywhere.
     void* const room = mmap(nullptr, 2 * PAGE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     auto const* const end = static_cast<wchar_t const*>(room) + PAGE / sizeof(wchar_t);
     ASSERT_EQ(0, mprotect(const_cast<wchar_t*>(end), PAGE, PROT_NONE));
