@@ -62,7 +62,7 @@ TEST_F(FileOpen, MakesAFileForAllToReadWhoseBackslashesAreSlashes) {
     mode_t const mask = umask(0);
     EXPECT_CODE(PERR_OK, file.popen(named(scratch.dir() + "\\f"), CREATE, PFile::EXCLUSIVE));
     (void)umask(mask);
-    EXPECT_EQ(fs::perms(0644), fs::status(scratch.path("f")).permissions());
+    EXPECT_EQ("644", modeOf(scratch.path("f")));
     EXPECT_CODE(PERR_ALREADY_OPEN, file.popen(L"/dev/null", READ, PFile::UNLOCKED));
     EXPECT_CODE(PERR_OK, file.pgetName(text));
     EXPECT_TEXT(scratch.wpath("f"), text);

@@ -93,6 +93,12 @@ struct Model {
     }
 };
 
+constexpr char const* OPERATIONS[] = {"readStrings",     "readPTargetInfoArray",
+                                      "readPTargetInfo", "getShort",
+                                      "getWord",         "getInt",
+                                      "getDword",        "getLong",
+                                      "getQword"};
+
 int _step(PDataReader& reader, unsigned int operation, Read& read) {
     auto const integer = [&](auto value, auto get) {
         int const code = (reader.*get)(value);
@@ -150,11 +156,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
         if (operation >= 200) reader.setOffset(operation - 220UL);
         if (operation % 16 == 0) PDataWriter(stream).appendByte(operation);
         Model model{stream, reader.getOffset()};
-        std::string const where = std::to_string(operation % 9) + " at " + std::to_string(model.at);
+        std::string const where =
+            OPERATIONS[operation % 9] + std::string(" at ") + std::to_string(model.at);
         Read read;
         if (_step(reader, operation % 9, read) != model.step(operation % 9) || read != model.read ||
             reader.getOffset() != model.at)
-            throw std::runtime_error("another result of operation " + where);
+            throw std::runtime_error("another result of " + where);
     }
     return 0;
 }

@@ -109,7 +109,7 @@ TEST(CommandStart, LooksAlongTheFoldersOfPathButNeverInTheCurrentOne) {
     std::filesystem::current_path(scratch.dir());
     for (char const* const folders : {"", ".", "/bin::/usr/bin"}) {
         Path const path(folders);
-        EXPECT_CODE(PERR_NO_SUCH_FILE, PCommand(L"plt-tool").start()) << folders;
+        EXPECT_CODE(PERR_NO_SUCH_FILE, PCommand(L"plt-tool").start()) << "PATH=" << folders;
     }
     std::filesystem::current_path(before);
     {

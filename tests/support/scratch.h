@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -18,6 +19,13 @@ inline std::wstring wide(std::string const& ascii) {
 inline std::string uniqueName() {
     static int count = 0;
     return "/plt-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+}
+
+/// The rights of a file in octal digits, as chmod takes them.
+inline std::string modeOf(std::filesystem::path const& file) {
+    std::ostringstream digits;
+    digits << std::oct << static_cast<unsigned int>(status(file).permissions());
+    return digits.str();
 }
 
 /// A fresh folder under the system's temporary folder, gone with everything in it (links are

@@ -139,6 +139,7 @@ TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
 TEST(StringErase, TakesARangeOutAndRefusesOneThatEndsBehindTheText) {
     _expectEdits({
         {"in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
+        {"up to the end", L"abcd", [](S s) { return s.erase(2, 2); }, PERR_OK, L"ab"},
         {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
         {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
     });

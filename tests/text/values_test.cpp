@@ -87,13 +87,14 @@ TEST(HexadecimalByte, IsOneOrTwoCharactersThatScanningAccepts) {
 TEST(HexadecimalDigit, HasAValue) {
     std::wstring const digits = L"0123456789abcdefABCDEF";
     for (wchar_t c = 0; c < 0x200; ++c) {
+        SCOPED_TRACE(std::wstring(1, c));
         std::size_t const place = digits.find(c);
         bool const isDigit = place != digits.npos;
         char value = 77;
-        ASSERT_CODE(isDigit ? PERR_OK : PERR_BAD_FORMAT, PUtils::hexToDec(c, value)) << int(c);
-        ASSERT_EQ(isDigit ? place - (place > 15 ? 6 : 0) : 77, std::size_t(value)) << int(c);
-        ASSERT_EQ(isDigit, PUtils::isHex(&c, 1)) << int(c);
-        ASSERT_EQ(place < 10, PUtils::isDec(&c, 1, false)) << int(c);
+        ASSERT_CODE(isDigit ? PERR_OK : PERR_BAD_FORMAT, PUtils::hexToDec(c, value));
+        ASSERT_EQ(isDigit ? place - (place > 15 ? 6 : 0) : 77, std::size_t(value));
+        ASSERT_EQ(isDigit, PUtils::isHex(&c, 1));
+        ASSERT_EQ(place < 10, PUtils::isDec(&c, 1, false));
     }
 }
 
