@@ -80,16 +80,8 @@ int runFailing(int nth, bool lasting, std::function<int()> const& operation) {
     return code;
 }
 
-void stopFailing() {
-    fault.nth = 0;
-}
-
 bool isWatching() {
     return fault.nth != 0;
-}
-
-int watchedCalls() {
-    return fault.calls;
 }
 
 bool memoryRanOut() {

@@ -30,11 +30,7 @@ int firstFailure(std::initializer_list<int> codes);
 /// Runs an operation with its n-th watched call failing, and every later one where `lasting`.
 int runFailing(int nth, bool lasting, std::function<int()> const& operation);
 
-/// Ends the watching where an exception left `runFailing`.
-void stopFailing();
-
-/// How many watched calls the last run made, and whether its first failure was an allocation.
-int watchedCalls();
+/// Whether the first failure of the last run was an allocation.
 bool memoryRanOut();
 
 /// For the watched calls: whether calls are watched now, and whether this one is to fail.

@@ -1,126 +1,98 @@
 #include <faults/sweep.h>
+#include <portinglayer/synchronisation.h>
 #include <portinglayer/threads.h>
 #include <support/child_run.h>
-#include <sync/locks.h>
+#include <support/scratch.h>
 
 namespace {
 
-/// One of each class in each form; they are closed and made anew before each run.
-struct SyncSweep : testing::Test {
-    std::wstring const name = wide(uniqueName());
-    PMutex mutex, namedMutex{name.c_str()};
-    PSemaphore semaphore, namedSemaphore{name.c_str()};
-    PConditionalVar condition;
-};
-
-/// A look at what an operation leaves: another one gives this code after a success, that after a
-/// failure.
-auto gives(int afterSuccess, int afterFailure, std::function<int()> const& other) {
-    return [=](int code) { EXPECT_CODE(code == PERR_OK ? afterSuccess : afterFailure, other()); };
+/// What an operation gives where the system refuses its first call.
+int refused(std::function<int()> const& operation) {
+    return runFailing(1, true, operation);
 }
 
 }  // namespace
 
-TEST_F(SyncSweep, ALockIsInitialisedLockedAndClosedOrNot) {
-    for (PMutex* const m : {&mutex, &namedMutex}) {
+TEST(SyncSweep, ALockTellsWhatWasRefused) {
+    PMutex unnamed, named(wide(uniqueName()).c_str());
+    for (PMutex* const m : {&unnamed, &named}) {
         auto const init = [=] { return m->init(true); };
-        auto const lock = [=] { return m->lock(); };
-        auto const close = [=] { return m->close(); };
         auto const closed = [=] { (void)m->close(); };
-        auto const open = [=] { (void)firstFailure({m->close(), m->init(true)}); };
-        auto const unlocked = [=](int code) {
-            if (code == PERR_OK) (void)m->unlock();
+        auto const look = [=](int code) {
+            EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_MUTEX, m->close());
         };
-        sweep({"PMutex::init", {PERR_MUTEX}, init, closed, gives(PERR_OK, PERR_MUTEX, close)});
-        sweep({"PMutex::lock", {PERR_MUTEX_LOCK}, lock, open, unlocked});
-        sweep({"PMutex::close",
-               {PERR_MUTEX_CLOSE},
-               close,
-               open,
-               gives(PERR_MUTEX, PERR_MUTEX, lock)});
+        sweep({"PMutex::init", {PERR_MUTEX}, init, closed, look});
+        EXPECT_CODE(PERR_OK, m->init(true));
+        EXPECT_CODE(PERR_MUTEX_LOCK, refused([=] { return m->lock(); }));
+        EXPECT_CODE(PERR_OK, m->lock());
+        EXPECT_CODE(PERR_MUTEX_UNLOCK, refused([=] { return m->unlock(); }));
+        EXPECT_CODE(PERR_MUTEX_CLOSE, refused([=] { return m->close(); }));
+        EXPECT_CODE(PERR_MUTEX, m->close()) << "it has no handle";
     }
 }
 
-TEST_F(SyncSweep, ASemaphoreIsInitialisedTakenAndClosedOrNot) {
-    for (PSemaphore* const s : {&semaphore, &namedSemaphore}) {
+TEST(SyncSweep, ASemaphoreTellsWhatWasRefused) {
+    PSemaphore unnamed, named(wide(uniqueName()).c_str());
+    int value = 7;
+    for (PSemaphore* const s : {&unnamed, &named}) {
         auto const init = [=] { return s->init(2, true); };
-        auto const close = [=] { return s->close(); };
         auto const closed = [=] { (void)s->close(); };
-        auto const open = [=] { (void)firstFailure({s->close(), s->init(2, true)}); };
-        auto const leaves = [=](int count) {
-            return [=](int code) {
-                int left = 0;
-                EXPECT_CODE(PERR_OK, s->getValue(left));
-                EXPECT_EQ(code == PERR_OK ? count : 2, left);
-            };
-        };
-        auto const handle = [=, this](int code) {  // the unnamed form keeps the refused one
-            bool const held = code == PERR_OK || (s == &semaphore && code == PERR_SEMAPHORE);
-            EXPECT_CODE(held ? PERR_OK : PERR_SEMAPHORE, s->close());
-        };
-        auto const value = [=] {
-            int count = 0;
-            return s->getValue(count);
-        };
-        auto const ended = gives(PERR_SEMAPHORE, PERR_SEMAPHORE, close);
-        std::set<int> const refused{PERR_SEMAPHORE_WAIT};
-        Sweep const sweeps[] = {
-            {"init", {PERR_SEMAPHORE, PERR_NO_MEMORY}, init, closed, handle},
-            {"post", {PERR_SEMAPHORE_POST}, [=] { return s->post(); }, open, leaves(3)},
-            {"wait", refused, [=] { return s->wait(); }, open, leaves(1)},
-            {"wait with a limit", refused, [=] { return s->wait(9); }, open, leaves(1)},
-            {"trywait", refused, [=] { return s->trywait(); }, open, leaves(1)},
-            {"getValue", {PERR_SEMAPHORE_VALUE}, value, open, leaves(2)},
-            {"close", {PERR_SEMAPHORE_CLOSE}, close, open, ended},
-        };
-        for (Sweep const& each : sweeps) sweep(each);
+        sweep({"PSemaphore::init", {PERR_SEMAPHORE, PERR_NO_MEMORY}, init, closed});
+        EXPECT_CODE(PERR_SEMAPHORE_POST, refused([=] { return s->post(); }));
+        EXPECT_CODE(PERR_SEMAPHORE_WAIT, refused([=] { return s->wait(); }));
+        EXPECT_CODE(PERR_SEMAPHORE_WAIT, refused([=] { return s->wait(9); }));
+        EXPECT_CODE(PERR_SEMAPHORE_WAIT, refused([=] { return s->trywait(); }));
+        EXPECT_CODE(PERR_SEMAPHORE_VALUE, refused([&] { return s->getValue(value); }));
+        EXPECT_CODE(PERR_SEMAPHORE_CLOSE, refused([=] { return s->close(); }));
+        EXPECT_CODE(PERR_SEMAPHORE, s->close()) << "it has no handle";
     }
+    EXPECT_CODE(PERR_NO_MEMORY, refused([&] { return unnamed.init(2, true); }));
 }
 
-TEST_F(SyncSweep, AConditionIsInitialisedUsedAndClosedOrNot) {
-    auto const nothing = [](int) {};
+TEST(SyncSweep, AConditionTellsWhatWasRefused) {
+    PMutex mutex;
+    PConditionalVar condition;
     auto const init = [&] { return condition.init(); };
-    auto const notify = [&] { return condition.notify(); };
-    auto const notifyAll = [&] { return condition.notifyAll(); };
-    auto const wait = [&] {
-        int const code = condition.wait(&mutex, 0);
-        return code == PERR_CONDITION_TIMEOUT ? PERR_OK : code;
-    };
-    auto const close = [&] { return condition.close(); };
     auto const closed = [&] { (void)condition.close(); };
-    auto const open = [&] { (void)firstFailure({condition.close(), condition.init()}); };
-    sweep({"init", {PERR_CONDITION}, init, closed, gives(PERR_OK, PERR_MUTEX, close)});
-    sweep({"notify", {PERR_CONDITION_NOTIFY}, notify, open, nothing});
-    sweep({"notifyAll", {PERR_CONDITION_NOTIFY}, notifyAll, open, nothing});
-    EXPECT_CODE(PERR_OK, firstFailure({mutex.init(true), mutex.lock()}));
-    sweep({"wait", {PERR_CONDITION_WAIT}, wait, open, nothing});
+    auto const look = [&](int code) {
+        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_MUTEX, condition.close());
+    };
+    sweep({"PConditionalVar::init", {PERR_CONDITION}, init, closed, look});
+    EXPECT_CODE(PERR_OK, condition.init());
+    EXPECT_CODE(PERR_OK, mutex.init(true));
+    EXPECT_CODE(PERR_OK, mutex.lock());
+    EXPECT_CODE(PERR_CONDITION_WAIT, refused([&] { return condition.wait(&mutex, 0); }));
     EXPECT_CODE(PERR_OK, mutex.unlock());
-    sweep({"close", {PERR_CONDITION_CLOSE}, close, open, gives(PERR_MUTEX, PERR_MUTEX, close)});
+    EXPECT_CODE(PERR_CONDITION_NOTIFY, refused([&] { return condition.notify(); }));
+    EXPECT_CODE(PERR_CONDITION_NOTIFY, refused([&] { return condition.notifyAll(); }));
+    EXPECT_CODE(PERR_CONDITION_CLOSE, refused([&] { return condition.close(); }));
+    EXPECT_CODE(PERR_MUTEX, condition.close()) << "it has no handle";
 }
 
-TEST_F(SyncSweep, AThreadIsStartedJoinedAndDetachedOrNot) {
+TEST(SyncSweep, AThreadTellsWhatWasRefused) {
     PThread thread;
     void* result = nullptr;
-    static std::atomic<int> begun = 0;
-    auto const routine = [](void* given) {
-        ++begun;
-        return given;
+    std::atomic<bool> begun = false;
+    auto const routine = [](void* flag) {
+        *static_cast<std::atomic<bool>*>(flag) = true;
+        return flag;
     };
-    auto const start = [&] { return thread.pcreate(routine, this); };
-    auto const join = [&] { return thread.pjoin(result); };
-    auto const none = [&] { (void)thread.pjoin(result); };
-    auto const started = [&] {  // until then it reads its routine from the object
-        int const earlier = begun;
-        (void)firstFailure({thread.pjoin(result), start()});
-        EXPECT_TRUE(eventually([&] { return begun > earlier; }));
+    auto const start = [&] { return thread.pcreate(routine, &begun); };
+    auto const joined = [&](int code) {
+        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_THREAD, thread.pjoin(result));
     };
-    auto const joined = [&](int) { EXPECT_CODE(PERR_THREAD, thread.pjoin(result)); };
-    sweep({"pcreate", {PERR_THREAD}, start, none, gives(PERR_OK, PERR_THREAD, join)});
-    sweep({"pjoin", {PERR_THREAD_JOIN}, join, started, joined});
-    sweep({"pdetach", {PERR_THREAD_DETACH}, [&] { return thread.pdetach(); }, started, joined});
+    sweep({"PThread::pcreate", {PERR_THREAD}, start, [] {}, joined});
+    EXPECT_CODE(PERR_OK, start());
+    EXPECT_CODE(PERR_THREAD_JOIN, refused([&] { return thread.pjoin(result); }));
+    EXPECT_CODE(PERR_THREAD, thread.pjoin(result)) << "it has no handle";
+    begun = false;
+    EXPECT_CODE(PERR_OK, start());
+    EXPECT_TRUE(eventually([&] { return begun.load(); }));  // now it needs its object no more
+    EXPECT_CODE(PERR_THREAD_DETACH, refused([&] { return thread.pdetach(); }));
+    EXPECT_CODE(PERR_THREAD, thread.pjoin(result)) << "it has no handle";
 }
 
-TEST_F(SyncSweep, TheTickCountFallsBackToTheTimeOfDay) {
+TEST(SyncSweep, TheTickCountFallsBackToTheTimeOfDay) {
     PTime now{};
     long long tick = 0;
     auto const count = [&] {

@@ -2,6 +2,7 @@
 
 #include <faults/sweep.h>
 #include <portinglayer/strings.h>
+#include <portinglayer/utf8.h>
 
 namespace {
 
@@ -30,6 +31,8 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
         {"int64ToStr", [](S s) { return PUtils::int64ToStr(-5, s); }, L"-5", L""},
         {"uint64ToStr", [](S s) { return PUtils::uint64ToStr(5, s); }, L"5", L""},
         {"pformatString", [](S s) { return PUtils::pformatString(s, FORMAT, 5); }, LONG, L""},
+        {"decode", [](S s) { return PUtf8::decode("xyz", 2, s); }, L"xy", L" ab"},
+        {"padded", [](S s) { return PUtf8::padded(L"\xE9", s); }, L"\xE9x", L" ab"},
     };
     for (auto const& row : rows) {
         PString text;
@@ -42,17 +45,21 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
 }
 
 TEST(TextSweep, AssignedTextIsEmptyWithoutMemory) {
-    PString const abc(L"abc", 3);
-    PString text;
+    PString text(L"old", 3);
     auto const assign = [&] {
-        text = abc;
+        text = L"abc";
         return PERR_OK;
     };
-    sweep({.name = "assignment",
-           .codes = {},
-           .operation = assign,
-           .before = [&] { text = L"old"; },
-           .after = [&](int) { EXPECT_TRUE(text == abc || text.len() == 0); }});
+    EXPECT_CODE(PERR_OK, runFailing(1, true, assign));
+    EXPECT_TEXT(L"", text);
+}
+
+TEST(TextSweep, BytesAreKeptWithoutMemory) {
+    std::string bytes;
+    auto const encode = [&] { return PUtf8::encode(L"more than a string itself holds", bytes); };
+    auto const clear = [&] { std::string("former").swap(bytes); };  // the room goes, too
+    auto const look = [&](int code) { EXPECT_EQ(code != PERR_OK, bytes == "former"); };
+    sweep({"encode", {PERR_NO_MEMORY}, encode, clear, look});
 }
 
 TEST(TextSweep, ASearchWithoutMemoryToPrepareItFindsTheSame) {
@@ -75,11 +82,9 @@ TEST(TextSweep, AKeyWithoutItsValueIsTold) {
         std::wstring const made = std::wstring(view(key)) + L"=" + std::wstring(view(value));
         EXPECT_TRUE(code == PERR_OK ? made == L"k=v" : made == L"=old" || made == L"k=");
     };
-    sweep({.name = "getKeyValue",
-           .codes = {PERR_NO_MEMORY},
-           .operation = [&] { return PUtils::getKeyValue(L"k = v", key, value, L'='); },
-           .before = [&] { key = value = L"old"; },
-           .after = look});
+    auto const before = [&] { key = value = L"old"; };
+    auto const split = [&] { return PUtils::getKeyValue(L"k = v", key, value, L'='); };
+    sweep({"getKeyValue", {PERR_NO_MEMORY}, split, before, look});
 }
 
 TEST(TextSweep, ATokenThatCannotBeCopiedStaysInItsText) {
@@ -88,11 +93,12 @@ TEST(TextSweep, ATokenThatCannotBeCopiedStaysInItsText) {
         EXPECT_TEXT(code == PERR_OK ? L"a" : L"", token);
         EXPECT_TEXT(code == PERR_OK ? L"b" : L"a b", source);
     };
-    sweep({.name = "getNextToken",
-           .codes = {PERR_TOKEN},
-           .operation = [&] { return PLiteral::getNextToken(source, token, L' '); },
-           .before = [&] { token = L"old", source = L"a b"; },
-           .after = look});
+    auto const before = [&] {
+        token = L"old";
+        source = L"a b";
+    };
+    auto const take = [&] { return PLiteral::getNextToken(source, token, L' '); };
+    sweep({"getNextToken", {PERR_TOKEN}, take, before, look});
 }
 
 TEST(TextSweep, ArgumentsAreAllThereOrNone) {
@@ -107,9 +113,7 @@ TEST(TextSweep, ArgumentsAreAllThereOrNone) {
         EXPECT_TEXT(L"process.name=p", list[0]);
         delete[] std::exchange(list, nullptr);
     };
-    sweep({.name = "convertArgs",
-           .codes = {PERR_NO_MEMORY},
-           .operation = [&] { return PUtils::convertArgs(2, arguments, list, count, L'='); },
-           .before = [&] { count = 77; },
-           .after = look});
+    auto const before = [&] { count = 77; };
+    auto const convert = [&] { return PUtils::convertArgs(2, arguments, list, count, L'='); };
+    sweep({"convertArgs", {PERR_NO_MEMORY}, convert, before, look});
 }

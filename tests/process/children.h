@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <portinglayer/processes.h>
+#include <support/cancelled.h>
 #include <support/child_run.h>
 #include <support/expect.h>
 #include <support/scratch.h>
@@ -52,12 +53,6 @@ public:
         (void)waitid(P_PID, pid, &ended, WEXITED | WNOWAIT);
     }
 
-    /// Whether it still runs, without a look at any other child.
-    bool runs() const {
-        siginfo_t ended{};
-        return waitid(P_PID, pid, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
-    }
-
     PProcess process;
     unsigned int pid = 0;
 
@@ -76,19 +71,6 @@ inline int runToEnd(PProcess&& process) {
     EXPECT_CODE(PERR_OK, process.start());
     EXPECT_CODE(PERR_OK, process.waitExitCode(exitCode));
     return exitCode;
-}
-
-/// Whether an operation is a cancellation point: a thread that was asked to end does not get behind it.
-template <class Operation>
-bool endsACancelledThread(Operation const& operation) {
-    bool behind = false;
-    std::function<void()> const work = [&] {
-        (void)pthread_cancel(pthread_self());
-        operation();
-        behind = true;
-    };
-    std::thread([&] { work(); }).join();
-    return !behind;
 }
 
 #endif

@@ -42,7 +42,10 @@ TEST(ScriptedStatus, WithoutItsLineAFactIsNotFound) {
     Script const script({"Other:\t1\n"});
     PString name;
     unsigned int parent = 7;
+    unsigned long long bytes = 7;
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::getName(1, name));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getMemoryUsage(1, bytes));
+    EXPECT_EQ(7U, bytes);
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::getParentPID(1, parent));
     EXPECT_EQ(0U, parent);
 }
@@ -77,23 +80,22 @@ TEST(ScriptedEnvironment, SplitsEntriesAtTheirEnds) {
     struct {
         char const* what;
         std::string file;
-        std::vector<std::wstring> entries;
+        std::wstring entry;
     } const rows[] = {
-        {"the last without its end", "A=1" + NUL + "B=2", {L"A=1"}},
-        {"bytes that are no character", "A=\xFFx" + NUL, {L"A=x"}},
-        {"longer than a block", block + "bcd" + NUL, {std::wstring(127, L'a') + L"bcd"}},
-        {"a character across two blocks",
-         block + E_ACUTE + "x" + NUL,
-         {std::wstring(127, L'a') + L"x"}},
+        {"the last without its end", "A=1" + NUL + "B=2", L"A=1"},
+        {"bytes that are no character", "A=\xFFx" + NUL, L"A=x"},
+        {"longer than a block", block + "bcd" + NUL, std::wstring(127, L'a') + L"bcd"},
+        {"a character across two blocks", block + E_ACUTE + "x" + NUL,
+         std::wstring(127, L'a') + L"x"},
     };
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     for (auto const& row : rows) {
         SCOPED_TRACE(row.what);
         Script const script({row.file});
-        Texts entries(1);
+        Texts entries(2);
         EXPECT_CODE(PERR_OK, PProcess::getEnvironment(1, entries));
-        ASSERT_EQ(row.entries.size(), entries.size());
-        for (std::size_t i = 0; i < entries.size(); ++i) EXPECT_TEXT(row.entries[i], entries[i]);
+        ASSERT_EQ(1U, entries.size());
+        EXPECT_TEXT(row.entry, entries[0]);
     }
 }
 

@@ -82,28 +82,21 @@ TEST(ProcessStart, IsRefusedWhileTheChildRunsAndAlwaysAsAnotherUser) {
 }
 
 TEST(ProcessStart, ShortcutsGiveTheIdOfAChildThatOutlivesTheirObject) {
-    PLiteral const sleep(L"/bin/sleep"), line(L"60"), folder(L"/");
-    Texts const added{owned("PLT_SHORTCUT=1")};
-    unsigned int pids[4] = {};
-    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, pids[0]));
-    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, folder, pids[1]));
-    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, added, pids[2]));
-    EXPECT_CODE(PERR_OK, PProcess::start(sleep, line, folder, added, pids[3]));
-    for (int way = 0; way < 4; ++way) {
-        SCOPED_TRACE(way);
-        PString found;
-        Texts environment;
-        auto const pid = static_cast<pid_t>(pids[way]);
-        ASSERT_GT(pid, 0);
-        EXPECT_TRUE(eventually([&] {
-            (void)PProcess::getWorkingDir(pids[way], found);
-            (void)PProcess::getEnvironment(pids[way], environment);
-            bool const hasEntry = !environment.empty() && environment.back() == added[0];
-            return (found == L"/") == (way % 2 == 1) && hasEntry == (way >= 2);
-        }));
-        EXPECT_EQ(0, ::kill(pid, SIGKILL));
-        EXPECT_EQ(pid, waitpid(pid, nullptr, 0));
-    }
+    Report const report("echo $(pwd) $PLT_ADDED");
+    PLiteral const sh(L"/bin/sh"), folder(L"/usr");
+    PString const line = report.arguments();
+    Texts const added{owned("PLT_ADDED=1")};
+    std::string const here = std::filesystem::current_path();
+    unsigned int pid = 0;
+    auto const said = [&](int code) {
+        EXPECT_CODE(PERR_OK, code);
+        EXPECT_EQ(static_cast<pid_t>(pid), waitpid(static_cast<pid_t>(pid), nullptr, 0));
+        return report.text();
+    };
+    EXPECT_EQ(here + "\n", said(PProcess::start(sh, line, pid)));
+    EXPECT_EQ("/usr\n", said(PProcess::start(sh, line, folder, pid)));
+    EXPECT_EQ(here + " 1\n", said(PProcess::start(sh, line, added, pid)));
+    EXPECT_EQ("/usr 1\n", said(PProcess::start(sh, line, folder, added, pid)));
 }
 
 TEST(ProcessStart, TheIdIsForgottenWithOrWithoutCollectingTheChild) {

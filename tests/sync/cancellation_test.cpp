@@ -1,27 +1,10 @@
-#include <functional>
-
 #include <portinglayer/synchronisation.h>
 #include <portinglayer/threads.h>
-#include <pthread.h>
-#include <support/child_run.h>
+#include <support/cancelled.h>
 #include <support/expect.h>
 #include <support/scratch.h>
 
 namespace {
-
-/// Whether a thread that was asked to end before some work does not come to the work's end.
-bool endsIn(std::function<void()> work) {
-    auto const run = [](void* given) -> void* {
-        (void)pthread_cancel(pthread_self());
-        (*static_cast<std::function<void()>*>(given))();
-        return nullptr;
-    };
-    PThread thread;
-    void* result = nullptr;
-    EXPECT_CODE(PERR_OK, thread.pcreate(run, &work));
-    EXPECT_CODE(PERR_OK, thread.pjoin(result));
-    return result == PTHREAD_CANCELED;
-}
 
 struct Locked {
     explicit Locked(PMutex& m) : mutex(m) { EXPECT_CODE(PERR_OK, mutex.lock()); }
@@ -63,12 +46,12 @@ TEST_F(Cancellation, EndsAThreadInWhatMayBlock) {
         {"a condition with a limit", [&] { waitLocked(60'000U); }},
         {"sleep", [] { (void)PThread::psleep(60'000); }},
     };
-    for (auto const& row : rows) EXPECT_TRUE(endsIn(row.work)) << row.what;
+    for (auto const& row : rows) EXPECT_TRUE(endsACancelledThread(row.work)) << row.what;
     EXPECT_CODE(PERR_OK, semaphore.trywait()) << "nothing was taken";
 }
 
 TEST_F(Cancellation, WaitsForTheEndOfWhatClosesAndDestroys) {
-    EXPECT_FALSE(endsIn([&] {
+    EXPECT_FALSE(endsACancelledThread([&] {
         EXPECT_CODE(PERR_OK, mutex.close());
         EXPECT_CODE(PERR_OK, namedMutex.close());
         EXPECT_CODE(PERR_OK, semaphore.close());

@@ -78,3 +78,18 @@ TEST_F(Condition, WakesAWaiter) {
     });
     EXPECT_TRUE(eventually([&] { return condition.notify() == PERR_OK && woken; }));
 }
+
+TEST_F(Condition, WakesAllThatWait) {
+    std::atomic<int> waiting = 0;
+    auto const wait = [&] {
+        EXPECT_CODE(PERR_OK, mutex.lock());
+        ++waiting;
+        EXPECT_CODE(PERR_OK, condition.wait(&mutex, 20'000));
+        EXPECT_CODE(PERR_OK, mutex.unlock());
+    };
+    std::jthread const one(wait), other(wait);
+    EXPECT_TRUE(eventually([&] { return waiting == 2; }));
+    EXPECT_CODE(PERR_OK, mutex.lock());  // when both have given it away
+    EXPECT_CODE(PERR_OK, condition.notifyAll());
+    EXPECT_CODE(PERR_OK, mutex.unlock());
+}

@@ -4,19 +4,14 @@
 #include <support/child_run.h>
 #include <support/expect.h>
 
-TEST(Mutex, WithoutInitFailsAtOnce) {
-    PMutex mutex;
-    EXPECT_CODE(PERR_MUTEX, mutex.lock());
-    EXPECT_CODE(PERR_MUTEX, mutex.unlock());
-    EXPECT_CODE(PERR_MUTEX, mutex.close());
-}
-
-TEST(Mutex, IsInitialisedOnceUntilItIsClosed) {
+TEST(Mutex, IsInitialisedOnceUntilItIsClosedAndFailsAtOnceWithoutThat) {
     PMutex mutex;
     EXPECT_CODE(PERR_OK, mutex.init(false)) << "the flag means nothing to it";
     EXPECT_CODE(PERR_MUTEX_INITIALISED, mutex.init(true));
     EXPECT_CODE(PERR_OK, mutex.close());
     EXPECT_CODE(PERR_MUTEX, mutex.lock());
+    EXPECT_CODE(PERR_MUTEX, mutex.unlock());
+    EXPECT_CODE(PERR_MUTEX, mutex.close());
     EXPECT_CODE(PERR_OK, mutex.init(true));
 }
 

@@ -1,66 +1,62 @@
+#include <portinglayer/synchronisation.h>
 #include <support/child_run.h>
-#include <sync/locks.h>
+#include <support/expect.h>
+#include <support/scratch.h>
 
-// Of both classes: their named forms share one way to open and close.
-TYPED_TEST_SUITE(Named, Kinds, );
+namespace {
 
-TYPED_TEST(Named, IsCreatedOnceAndOpenedAfterwards) {
-    TypeParam first(this->name.c_str()), second(this->name.c_str());
-    EXPECT_CODE(TypeParam::MISSING, first.init(false));
+/// Two locks of one name. The semaphore has the same way to open and close its named form.
+struct NamedMutex : testing::Test {
+    std::string const name = uniqueName();
+    PMutex first{wide(name).c_str()}, second{wide(name).c_str()};
+};
+
+}  // namespace
+
+TEST_F(NamedMutex, IsCreatedOnceAndOpenedAfterwards) {
+    EXPECT_CODE(PERR_MUTEX_NOT_FOUND, first.init(false));
     EXPECT_CODE(PERR_OK, first.init(true));
-    EXPECT_CODE(TypeParam::INITIALISED, first.init(false));
-    EXPECT_CODE(TypeParam::EXISTS, second.init(true));
+    EXPECT_CODE(PERR_MUTEX_INITIALISED, first.init(false));
+    EXPECT_CODE(PERR_MUTEX_EXISTS, second.init(true));
     EXPECT_CODE(PERR_OK, second.init(false));
 }
 
-TYPED_TEST(Named, LosesItsNameWithTheFirstCloseAndWorksOn) {
-    TypeParam first(this->name.c_str()), second(this->name.c_str());
+TEST_F(NamedMutex, LosesItsNameWithTheFirstCloseAndWorksOn) {
     EXPECT_CODE(PERR_OK, first.init(true));
     EXPECT_CODE(PERR_OK, second.init(false));
     EXPECT_CODE(PERR_OK, first.close());
-    EXPECT_CODE(TypeParam::REFUSED, first.close()) << "it has no handle";
-    EXPECT_CODE(TypeParam::MISSING, first.init(false));
-    EXPECT_CODE(PERR_OK, second.enter());
+    EXPECT_CODE(PERR_MUTEX, first.close()) << "it has no handle";
+    EXPECT_CODE(PERR_MUTEX_NOT_FOUND, first.init(false));
+    EXPECT_CODE(PERR_OK, second.lock());
     EXPECT_CODE(PERR_OK, second.close()) << "although the name is gone";
 }
 
-TYPED_TEST(Named, IsClosedByItsDestructor) {
-    {
-        TypeParam object(this->name.c_str());
-        EXPECT_CODE(PERR_OK, object.init(true));
-    }
-    EXPECT_CODE(TypeParam::MISSING, TypeParam(this->name.c_str()).init(false));
-}
-
-TYPED_TEST(Named, AdmitsOneAndASignalEndsTheWaitOfTheNext) {
-    TypeParam first(this->name.c_str()), second(this->name.c_str());
+TEST_F(NamedMutex, AdmitsOneAndASignalEndsTheWaitOfTheNext) {
     EXPECT_CODE(PERR_OK, first.init(true));
     EXPECT_CODE(PERR_OK, second.init(false));
-    EXPECT_CODE(PERR_OK, first.enter());
-    EXPECT_CODE(TypeParam::INTERRUPTED, interrupted([&] { return first.enter(); }));
-    EXPECT_CODE(TypeParam::INTERRUPTED, interrupted([&] { return second.enter(); }));
-    EXPECT_CODE(PERR_OK, second.leave()) << "by one that did not enter";
-    EXPECT_CODE(PERR_OK, first.enter());
+    EXPECT_CODE(PERR_OK, first.lock());
+    EXPECT_CODE(PERR_MUTEX_LOCK, interrupted([&] { return first.lock(); }));
+    EXPECT_CODE(PERR_MUTEX_LOCK, interrupted([&] { return second.lock(); }));
+    EXPECT_CODE(PERR_OK, second.unlock()) << "by one that did not lock";
+    EXPECT_CODE(PERR_OK, first.lock());
 }
 
-TYPED_TEST(Named, IsOpenToItsUserAndGroup) {
-    TypeParam object(this->name.c_str());
+TEST_F(NamedMutex, IsOpenToItsUserAndGroup) {
     mode_t const before = umask(0);
-    EXPECT_CODE(PERR_OK, object.init(true));
+    EXPECT_CODE(PERR_OK, first.init(true));
     (void)umask(before);
-    std::string const file(this->name.begin() + 1, this->name.end());
-    EXPECT_EQ("770", modeOf("/dev/shm/sem." + file));
+    EXPECT_EQ("770", modeOf("/dev/shm/sem." + name.substr(1)));
 }
 
-TYPED_TEST(Named, WithAnInvalidNameIsRefused) {
+TEST(NamedMutexes, WithAnInvalidNameAreRefused) {
     for (wchar_t const* const invalid : {L"", L"/plt/x", L"/\x20ac"}) {
-        TypeParam object(invalid);
-        EXPECT_CODE(TypeParam::REFUSED, object.init(true)) << invalid;
-        EXPECT_CODE(TypeParam::REFUSED, object.enter()) << invalid;
+        PMutex mutex(invalid);
+        EXPECT_CODE(PERR_MUTEX, mutex.init(true)) << invalid;
+        EXPECT_CODE(PERR_MUTEX, mutex.lock()) << invalid;
     }
 }
 
-TYPED_TEST(Named, WithALongNameIsCutToThirteenCharactersForGood) {
+TEST(NamedMutexes, WithALongNameAreCutToThirteenCharactersForGood) {
     struct {
         char const* what;
         std::size_t given, kept;
@@ -68,16 +64,32 @@ TYPED_TEST(Named, WithALongNameIsCutToThirteenCharactersForGood) {
     } const rows[] = {
         {"the longest that fits", 252, 252, PERR_OK},
         {"one character more", 253, 13, PERR_OK},
-        {"what is no name at all", 257, 1, TypeParam::REFUSED},
+        {"what is no name at all", 257, 1, PERR_MUTEX},
     };
     std::string const longest = uniqueName() + std::string(257, 'x');
     for (auto const& row : rows) {
         SCOPED_TRACE(row.what);
         std::string const file = "/dev/shm/sem." + longest.substr(1, row.kept - 1);
-        TypeParam object(wide(longest).substr(0, row.given).c_str());
-        EXPECT_CODE(row.code, object.init(true));
+        PMutex mutex(wide(longest).substr(0, row.given).c_str());
+        EXPECT_CODE(row.code, mutex.init(true));
         EXPECT_EQ(row.kept > 1, access(file.c_str(), F_OK) == 0);
-        EXPECT_CODE(row.code, object.close());
+        EXPECT_CODE(row.code, mutex.close());
         EXPECT_NE(0, access(file.c_str(), F_OK));
     }
+}
+
+TEST(NamedSemaphore, HasTheCountOfItsCreatorAndLosesItsNameWithTheFirstClose) {
+    std::wstring const name = wide(uniqueName());
+    PSemaphore creator(name.c_str()), other(name.c_str());
+    int value = 0;
+    EXPECT_CODE(PERR_SEMAPHORE_NOT_FOUND, other.init(9, false));
+    EXPECT_CODE(PERR_OK, creator.init(3, true));
+    EXPECT_CODE(PERR_SEMAPHORE_INITIALISED, creator.init(3, true));
+    EXPECT_CODE(PERR_SEMAPHORE_EXISTS, other.init(9, true));
+    EXPECT_CODE(PERR_OK, other.init(9, false));
+    EXPECT_CODE(PERR_OK, other.getValue(value));
+    EXPECT_EQ(3, value);
+    EXPECT_CODE(PERR_OK, creator.close());
+    EXPECT_CODE(PERR_SEMAPHORE_NOT_FOUND, creator.init(3, false));
+    EXPECT_CODE(PERR_SEMAPHORE, PSemaphore(L"/plt/x").init(1, true)) << "an invalid name";
 }

@@ -3,11 +3,13 @@
 #include <portinglayer/synchronisation.h>
 #include <support/child_run.h>
 #include <support/expect.h>
-#include <support/scratch.h>
 
-TEST(Semaphore, WithoutInitFailsAtOnce) {
+TEST(Semaphore, IsInitialisedOnceUntilItIsClosedAndFailsAtOnceWithoutThat) {
     PSemaphore semaphore;
     int value = 7;
+    EXPECT_CODE(PERR_OK, semaphore.init(1, false)) << "the flag means nothing to the unnamed form";
+    EXPECT_CODE(PERR_SEMAPHORE_INITIALISED, semaphore.init(1, true));
+    EXPECT_CODE(PERR_OK, semaphore.close());
     EXPECT_CODE(PERR_SEMAPHORE, semaphore.post());
     EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait());
     EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait(1));
@@ -15,15 +17,7 @@ TEST(Semaphore, WithoutInitFailsAtOnce) {
     EXPECT_CODE(PERR_SEMAPHORE, semaphore.getValue(value));
     EXPECT_EQ(7, value);
     EXPECT_CODE(PERR_SEMAPHORE, semaphore.close());
-}
-
-TEST(Semaphore, IsInitialisedOnceUntilItIsClosed) {
-    PSemaphore semaphore;
     EXPECT_CODE(PERR_OK, semaphore.init(1, true));
-    EXPECT_CODE(PERR_SEMAPHORE_INITIALISED, semaphore.init(1, true));
-    EXPECT_CODE(PERR_OK, semaphore.close());
-    EXPECT_CODE(PERR_SEMAPHORE, semaphore.wait());
-    EXPECT_CODE(PERR_OK, semaphore.init(1, false)) << "the flag means nothing to the unnamed form";
 }
 
 TEST(Semaphore, KeepsARefusedHandleUntilItIsClosed) {
@@ -67,14 +61,4 @@ TEST(Semaphore, IsWaitedForUntilItIsPostedOrASignalComes) {
         EXPECT_CODE(PERR_OK, semaphore.post());
     });
     EXPECT_CODE(PERR_OK, semaphore.wait());
-}
-
-TEST(Semaphore, OfANameStartsWithTheCountOfItsCreator) {
-    std::wstring const name = wide(uniqueName());
-    PSemaphore creator(name.c_str()), other(name.c_str());
-    int value = 0;
-    EXPECT_CODE(PERR_OK, creator.init(3, true));
-    EXPECT_CODE(PERR_OK, other.init(9, false));
-    EXPECT_CODE(PERR_OK, other.getValue(value));
-    EXPECT_EQ(3, value);
 }
