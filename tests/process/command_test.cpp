@@ -32,16 +32,17 @@ TEST(CommandSettings, ArgumentsFolderAndTextsBeyondAsciiArriveAsTheyStand) {
 
 TEST(CommandSettings, ChangesOfTheEnvironmentApplyInTheirOrderToThatOfTheStart) {
     Shell changed(L"env | grep ^PLT_SE | sort");
-    EXPECT_CODE(PERR_OK, changed.setEnvironment(L"PLT_SET", L"one"));
+    EXPECT_CODE(PERR_OK, changed.setEnvironment(L"PLT_SE", L"one"));
     EXPECT_CODE(PERR_OK, changed.unsetEnvironment(L"PLT_SENT"));
     for (char const* const name : {"PLT_SE", "PLT_SET", "PLT_SENT"}) (void)setenv(name, "late", 1);
-    EXPECT_EQ("PLT_SE=late\nPLT_SET=one\n", changed.outputOf());
+    EXPECT_EQ("PLT_SE=one\nPLT_SET=late\n", changed.outputOf());
 
     Command none(L"/usr/bin/env");
     EXPECT_CODE(PERR_OK, none.setEnvironment(L"A", L"before"));
     EXPECT_CODE(PERR_OK, none.clearEnvironment());
     EXPECT_CODE(PERR_OK, none.setEnvironment(L"B", L"1"));
     EXPECT_CODE(PERR_OK, none.setEnvironment(L"B", L""));
+    EXPECT_CODE(PERR_OK, none.unsetEnvironment(L"C"));
     EXPECT_EQ("B=\n", none.outputOf());
 }
 
