@@ -33,38 +33,25 @@ void _addNarrowing(std::string const& name, Both const& both, double limit) {
 
 void _addWidening(std::string const& name, Both const& both, double limit) {
     auto const text = std::make_shared<Both>(both);
-    auto const asWide = [](auto const& wide) { return std::wstring(wide.get()); };
     Operation op("multibyte to wide, " + name, limit, text->wide, "mbstowcs");
-    op.way(
-        BARE,
-        [=] {
-            std::unique_ptr<wchar_t[]> wide(new wchar_t[text->utf8.size() + 1]);
-            mbstowcs(wide.get(), text->utf8.c_str(), text->utf8.size() + 1);
-            return wide;
-        },
-        asWide);
-    WITH_QT(op.way(
-        "Qt (to UTF-16)", [=] { return QString::fromStdString(text->utf8); },
-        [](QString const& wide) { return wide.toStdWString(); }));
-    WITH_GLIB(op.way(
-        "GLib",
-        [=] {
-            return std::unique_ptr<gunichar[], GFree>(
-                g_utf8_to_ucs4(text->utf8.c_str(), -1, nullptr, nullptr, nullptr));
-        },
-        [](auto const& wide) { return std::wstring(reinterpret_cast<wchar_t*>(wide.get())); }));
+    op.way(BARE, [=] {
+        std::unique_ptr<wchar_t[]> wide(new wchar_t[text->utf8.size() + 1]);
+        mbstowcs(wide.get(), text->utf8.c_str(), text->utf8.size() + 1);
+        return wide;
+    });
+    WITH_QT(op.way("Qt (to UTF-16)", [=] { return QString::fromStdString(text->utf8); }));
+    WITH_GLIB(op.way("GLib", [=] {
+        return GWide(g_utf8_to_ucs4(text->utf8.c_str(), -1, nullptr, nullptr, nullptr));
+    }));
     WITH_POCO(op.way("POCO", [=] {
         std::wstring wide;
         Poco::UnicodeConverter::toUTF32(text->utf8, reinterpret_cast<Poco::UTF32String&>(wide));
         return wide;
     }));
-    op.way(
-        OURS,
-        [=] {
-            return std::unique_ptr<wchar_t[]>(
-                PLiteral::pchar2pwchar(text->utf8.c_str(), text->utf8.size()));
-        },
-        asWide);
+    op.way(OURS, [=] {
+        return std::unique_ptr<wchar_t[]>(
+            PLiteral::pchar2pwchar(text->utf8.c_str(), text->utf8.size()));
+    });
 }
 
 }  // namespace

@@ -24,6 +24,17 @@ std::string bytesOf(std::unique_ptr<Character[], Deleter> const& text) {
     return bytesOf(std::basic_string<Character>(text.get()));
 }
 
+/// The same as wide characters.
+inline std::wstring wideOf(std::wstring const& text) {
+    return text;
+}
+inline std::wstring wideOf(PString const& text) {
+    return {text.ptr(), text.len()};
+}
+inline std::wstring wideOf(std::unique_ptr<wchar_t[]> const& text) {
+    return text.get();
+}
+
 /// One text in all the forms.
 struct Forms {
     explicit Forms(std::wstring text)

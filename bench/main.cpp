@@ -33,8 +33,7 @@ Options _read(int argc, char** argv) {
         if (std::strncmp(argv[i], "--runs=", 7) == 0)
             options.runs = std::atoi(argv[i] + 7);
         else if (std::strncmp(argv[i], "--save=", 7) == 0)
-            options.file =
-                std::filesystem::absolute(argv[i] + 7);  // the run moves to another folder
+            options.file = std::filesystem::absolute(argv[i] + 7);  // the run moves elsewhere
         else if (argv[i][0] == '-')
             options.ofBenchmarks.push_back(argv[i]);
         else

@@ -7,7 +7,7 @@
 ///     op.way(OURS, [=] { ...; return pos; });
 ///
 /// Each way is checked before it is measured: what it gives must equal what is expected, where that
-/// is a string as bytes (`bytesOf`). A family of operations is a file of its own; see families.h.
+/// is a string as bytes or as wide characters (`bytesOf`, `wideOf`). A family of operations is a file of its own; see families.h.
 #ifndef PORTINGLAYER_BENCH_OPERATION_H
 #define PORTINGLAYER_BENCH_OPERATION_H
 
@@ -105,6 +105,8 @@ private:
     static bool isRight(Check& check, Expected const& expected) {
         if constexpr (std::is_same_v<Expected, std::string>)
             return bytesOf(check()) == expected;
+        else if constexpr (std::is_same_v<Expected, std::wstring>)
+            return wideOf(check()) == expected;
         else
             return static_cast<Expected>(check()) == expected;
     }

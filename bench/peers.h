@@ -94,6 +94,11 @@ struct GFree {
     void operator()(void* memory) const { g_free(memory); }
 };
 using GText = std::unique_ptr<char[], GFree>;
+using GWide = std::unique_ptr<gunichar[], GFree>;
+
+inline std::wstring wideOf(GWide const& text) {
+    return reinterpret_cast<wchar_t const*>(text.get());
+}
 
 /// In the shape of the standard mutex.
 struct GLibLock {
@@ -216,6 +221,9 @@ enum { PIDS_CMD, PIDS_EXE, PIDS_CMDLINE };  // named by a table of facts
 
 inline std::string bytesOf(QString const& text) {
     return text.toStdString();
+}
+inline std::wstring wideOf(QString const& text) {
+    return text.toStdWString();
 }
 
 /// Integers and strings in a data stream.

@@ -36,20 +36,13 @@ void _addDecoding(std::string const& name, Text const& text, double limit) {
         wide.resize(mbstowcs(wide.data(), text->utf8.c_str(), wide.size()));
         return wide;
     });
-    WITH_QT(op.way(
-        "Qt (to UTF-16)", [=] { return QString::fromStdString(text->utf8); },
-        [](QString const& wide) { return wide.toStdWString(); }));
-    WITH_GLIB(op.way(
-        "GLib",
-        [=] {
-            auto const length = static_cast<glong>(text->utf8.size());
-            return std::unique_ptr<gunichar[], GFree>(
-                g_utf8_to_ucs4(text->utf8.c_str(), length, nullptr, nullptr, nullptr));
-        },
-        [](auto const& wide) { return std::wstring(reinterpret_cast<wchar_t*>(wide.get())); }));
-    op.way(
-        OURS, [=] { return out<PString>(PUtf8::decode, text->utf8.c_str(), text->utf8.size()); },
-        [](PString const& wide) { return std::wstring(wide.ptr(), wide.len()); });
+    WITH_QT(op.way("Qt (to UTF-16)", [=] { return QString::fromStdString(text->utf8); }));
+    WITH_GLIB(op.way("GLib", [=] {
+        auto const length = static_cast<glong>(text->utf8.size());
+        return GWide(g_utf8_to_ucs4(text->utf8.c_str(), length, nullptr, nullptr, nullptr));
+    }));
+    op.way(OURS,
+           [=] { return out<PString>(PUtf8::decode, text->utf8.c_str(), text->utf8.size()); });
 }
 
 }  // namespace
