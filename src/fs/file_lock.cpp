@@ -3,9 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <ctime>
 #include <string>
 
@@ -15,21 +13,17 @@
 #include "fs/held_locks.h"
 #include "fs/open_failure.h"
 #include "fs/uninterrupted.h"
+#include "sync/deadline.h"
 #include "sync/uncancelled.h"
 #include "text/utf8_name.h"
-
-using std::chrono::milliseconds;
-using std::chrono::nanoseconds;
-using std::chrono::steady_clock;
 
 namespace {
 
 constexpr int NONE = -1;
 constexpr int CHANGED = 1;  // no code: the name was removed or replaced between two looks at it
-constexpr unsigned int FOREVER = 4294967295U;  // PCommand::FOREVER
 constexpr int FLAGS = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 constexpr mode_t NEW_FILE_MODE = 0666;
-constexpr nanoseconds LONGEST_PAUSE = milliseconds(10);  // half of what may pass unnoticed
+constexpr unsigned int PAUSE_MS = 10;  // half of what may pass unnoticed
 
 /// No space is no failure of a write here: nothing is written.
 int _lockFailure(int error) {
@@ -58,12 +52,6 @@ int _open(char const* path) {
 
 bool _isSame(struct stat const& a, struct stat const& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-/// Sleeps for less than a second, whatever signals come.
-void _sleep(nanoseconds duration) {
-    timespec left{0, duration.count()};
-    while (nanosleep(&left, &left) != 0 && errno == EINTR) {}
 }
 
 /// Opens what stands under the name, for the lock to hold. False, with errno, where it cannot.
@@ -104,13 +92,11 @@ int PFileLock::lock(PLiteral const& name, unsigned int limit) {
     if (fd != NONE) return PERR_ALREADY_OPEN;
     if (!HeldLocks::watchForks()) return PERR_NO_MEMORY;
 
-    auto const end = steady_clock::now() + milliseconds(limit);
-    for (;;) {
+    for (Deadline const end(limit);;) {
         int const result = attempt(path.c_str());
-        if (result != PERR_LOCKED) return result;
-        nanoseconds const left = limit == FOREVER ? LONGEST_PAUSE : end - steady_clock::now();
-        if (left <= nanoseconds::zero()) return PERR_LOCKED;
-        _sleep(std::min(left, LONGEST_PAUSE));
+        if (result != PERR_LOCKED || end.isOver()) return result;
+        timespec place{};  // a pause that a signal cuts short only ends in an earlier try
+        (void)nanosleep(end.within(PAUSE_MS).left(place), nullptr);
     }
 }
 

@@ -7,7 +7,7 @@
 #include <portinglayer/commands.h>
 
 #include "fs/descriptor.h"
-#include "process/deadline.h"
+#include "sync/deadline.h"
 
 /// Tells before anything is started whether a child could be held: PERR_OK or the code of `start`.
 int _canHoldChildren();

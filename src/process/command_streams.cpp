@@ -9,6 +9,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <portinglayer/result_codes.h>
+
 #include "fs/uninterrupted.h"
 #include "sync/uncancelled.h"
 

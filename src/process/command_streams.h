@@ -8,7 +8,7 @@
 #include <sys/types.h>
 
 #include "fs/descriptor.h"
-#include "process/deadline.h"
+#include "sync/deadline.h"
 
 /// Input, output and errors of the child, in the order of their numbers; closed where they are not
 /// piped.

@@ -122,24 +122,23 @@ int _sampleProcessor(std::FILE* stream, char const* key, ProcessorTimes& times) 
     return count == 4 ? PERR_OK : PERR_SYSTEM;
 }
 
-int _wrappingSum(int a, int b) {
-    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
-}
-
-int _wrappingDifference(int a, int b) {
-    return static_cast<int>(static_cast<unsigned int>(a) - static_cast<unsigned int>(b));
+/// What a counter moved by; one that ran backwards wraps.
+unsigned int _movement(int first, int second) {
+    return static_cast<unsigned int>(second) - static_cast<unsigned int>(first);
 }
 
 unsigned int _processorLoad(ProcessorTimes const& first, ProcessorTimes const& second) {
-    int const user = _wrappingDifference(second.user, first.user);
-    int const nice = _wrappingDifference(second.nice, first.nice);
-    int const system = _wrappingDifference(second.system, first.system);
-    int const idle = _wrappingDifference(second.idle, first.idle);
-    int const total = _wrappingSum(_wrappingSum(_wrappingSum(user, system), nice), idle);
+    unsigned int const user = _movement(first.user, second.user);
+    unsigned int const nice = _movement(first.nice, second.nice);
+    unsigned int const system = _movement(first.system, second.system);
+    unsigned int const idle = _movement(first.idle, second.idle);
+    int const total = static_cast<int>(user + system + nice + idle);
 
     float const factor = 100.0F / static_cast<float>(std::max(total, 1));
-    return _wholePercents(static_cast<float>(user) * factor + static_cast<float>(nice) * factor +
-                          static_cast<float>(system) * factor);
+    auto const percents = [&](unsigned int part) {
+        return static_cast<float>(static_cast<int>(part)) * factor;
+    };
+    return _wholePercents(percents(user) + percents(nice) + percents(system));
 }
 
 }  // namespace

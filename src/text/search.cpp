@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <climits>
 #include <cwchar>
-#include <memory>
 
 #include <portinglayer/strings.h>
 

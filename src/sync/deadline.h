@@ -1,12 +1,10 @@
 /// How long a wait may still last.
-#ifndef PORTINGLAYER_PROCESS_DEADLINE_H
-#define PORTINGLAYER_PROCESS_DEADLINE_H
+#ifndef PORTINGLAYER_SYNC_DEADLINE_H
+#define PORTINGLAYER_SYNC_DEADLINE_H
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
-
-#include <portinglayer/commands.h>
 
 #include "sync/system_times.h"
 
@@ -14,7 +12,7 @@
 class Deadline {
 public:
     explicit Deadline(unsigned int milliseconds)
-        : endless(milliseconds == PCommand::FOREVER),
+        : endless(milliseconds == WITHOUT_LIMIT),
           end(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
 
     bool isOver() const { return !endless && Clock::now() >= end; }
@@ -34,6 +32,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
+    static constexpr unsigned int WITHOUT_LIMIT = 4294967295U;  // PCommand::FOREVER
 
     bool endless;
     Clock::time_point end;
