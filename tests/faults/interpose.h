@@ -6,8 +6,9 @@
 
 /// Each is defined under a name of its own and bears the real one as its symbol only, since the C
 /// library declares it with other types: one signature does for all, with up to seven whole numbers
-/// or addresses. What is given may return; `pass()` is the real call, which follows otherwise. The
-/// address sanitizer is not told when a cancelled thread leaves it, so it does not look.
+/// or addresses. What is given may change these and may return. The real call follows otherwise;
+/// `pass()` makes it before, as it was asked for. The address sanitizer is not told when a cancelled
+/// thread leaves the function, so it does not look at it.
 #define INTERPOSE(name, ...)                                                                       \
     extern "C" long our_##name(long a, long b, long c, long d, long e, long f,                     \
                                long g) __asm__(#name);                                             \
@@ -15,9 +16,9 @@
                                                  long g) {                                         \
         using Call = long (*)(long, long, long, long, long, long, long);                           \
         static auto const real = reinterpret_cast<Call>(dlsym(RTLD_NEXT, #name));                  \
-        auto const pass = [&] { return real(a, b, c, d, e, f, g); };                               \
+        [[maybe_unused]] auto const pass = [=] { return real(a, b, c, d, e, f, g); };              \
         __VA_ARGS__;                                                                               \
-        return pass();                                                                             \
+        return real(a, b, c, d, e, f, g);                                                          \
     }
 
 #endif
