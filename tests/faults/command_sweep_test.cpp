@@ -84,6 +84,7 @@ TEST(CommandSweep, ASystemThatCannotHoldChildrenIsToldBeforeOneIsStarted) {
         {"a filter of calls", &opening, EPERM, PERR_NOT_SUPPORTED},
         {"no waiting by them", &waiting, EINVAL, PERR_NOT_SUPPORTED},
         {"none left", &opening, EMFILE, PERR_SYSTEM},
+        {"no memory for one", &opening, ENOMEM, PERR_NO_MEMORY},
     };
     for (auto const& row : rows) {
         Swept command;

@@ -59,6 +59,7 @@ TEST(ScriptedCommandLine, JoinsArgumentsByTheirBytes) {
     } const rows[] = {
         {"one holds a space", "a" + NUL + "b c" + NUL + "d" + NUL, L"a \"b c\" d"},
         {"an empty one", "a" + NUL + NUL + "b" + NUL, L"a  b"},
+        {"an empty one in front", NUL + "b" + NUL, L"b"},
         {"zeros stand behind multibyte text", E_ACUTE + NUL + "b" + NUL,
          std::wstring(L"\xE9\0 b", 4)},
         {"what cannot be converted is empty", "a" + NUL + "\xFF" + NUL + "b" + NUL, L"a  b"},

@@ -63,7 +63,7 @@ TEST(Contention, OfThreadsForALockAndForASemaphoreLosesNoUpdate) {
     ASSERT_CODE(PERR_OK, mutex.init(true));
     ASSERT_CODE(PERR_OK, semaphore.init(1, true));
     inFourThreads([&](int) {
-        for (int i = 0; i < ROUNDS; ++i) {
+        for (int i = 0; i < ROUNDS && !testing::Test::HasFailure(); ++i) {
             EXPECT_CODE(PERR_OK, mutex.lock());
             ++locked;
             EXPECT_CODE(PERR_OK, mutex.unlock());
@@ -83,9 +83,10 @@ TEST(Contention, ForTurnsWakesAllThatWaitOnACondition) {
     ASSERT_CODE(PERR_OK, mutex.init(true));
     ASSERT_CODE(PERR_OK, condition.init());
     inFourThreads([&](int mine) {
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i) {
             EXPECT_CODE(PERR_OK, mutex.lock());
-            while (turn % 4 != mine) EXPECT_CODE(PERR_OK, condition.wait(&mutex));
+            while (turn % 4 != mine && !testing::Test::HasFailure())
+                EXPECT_CODE(PERR_OK, condition.wait(&mutex, 20'000));
             ++turn;
             EXPECT_CODE(PERR_OK, condition.notifyAll());
             EXPECT_CODE(PERR_OK, mutex.unlock());
