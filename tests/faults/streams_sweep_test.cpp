@@ -62,3 +62,17 @@ TEST_F(StreamsSweep, AReadListHoldsWhatWasReadBeforeMemoryRanOut) {
     };
     sweep({"readStrings", {PERR_NO_MEMORY}, read, before, look});
 }
+
+TEST_F(StreamsSweep, AnIntegerWithoutMemoryLeavesTheBytesThatFoundRoom) {
+    data.reserve(2);
+    auto const append = [&] {
+        try {
+            PDataWriter(data).appendInt(0x01020304);
+        } catch (std::bad_alloc const&) {
+            return int{PERR_NO_MEMORY};
+        }
+        return int{PERR_OK};
+    };
+    EXPECT_CODE(PERR_NO_MEMORY, runFailing(1, true, append));
+    EXPECT_EQ("01 02", hex(data));
+}
