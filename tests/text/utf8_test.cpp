@@ -75,6 +75,19 @@ TEST(Utf8, RefusesCharactersWithoutAFormWhereverTheyStand) {
     EXPECT_TEXT(L"former", fitted);
 }
 
+TEST(Utf8, TakesOneOtherCharacterAmongAsciiWhereverItStands) {
+    for (std::size_t place = 0; place < 100; ++place) {
+        std::wstring text(100, L'a');
+        text[place] = L'\u00e9';
+        std::string bytes;
+        PString back;
+        ASSERT_CODE(PERR_OK, PUtf8::encode(_string(text), bytes));
+        ASSERT_EQ(_formOf(text), bytes) << place;
+        ASSERT_CODE(PERR_OK, PUtf8::decode(bytes.data(), bytes.size(), back));
+        ASSERT_TEXT(text, back) << place;
+    }
+}
+
 TEST(Utf8, RefusesBytesThatAreNotWellFormedWhereverTheyStand) {
     struct {
         char const* what;
@@ -93,7 +106,8 @@ TEST(Utf8, RefusesBytesThatAreNotWellFormedWhereverTheyStand) {
     for (auto const& row : rows) {
         for (std::size_t before = 0; before < 70; ++before) {
             SCOPED_TRACE(testing::Message() << row.what << " behind " << before);
-            std::string const bytes = std::string(before, 'a') + row.bytes;
+            std::string bytes = std::string(before, 'a') + row.bytes;
+            if (before % 2 == 0) bytes.append(40, 'a');
             PString text(L"former", P_WHOLE_STRING);
             ASSERT_CODE(PERR_BAD_FORMAT, PUtf8::decode(bytes.data(), bytes.size(), text));
             ASSERT_TEXT(L"former", text);
