@@ -31,10 +31,6 @@ struct Thread : testing::Test {
     void* result = nullptr;
 };
 
-long long elapsed(long long start) {
-    return PTime::getTickCountDiff(start, PTime::getTickCount());
-}
-
 }  // namespace
 
 TEST_F(Thread, IsOwnedUntilItIsJoined) {
@@ -73,19 +69,15 @@ TEST(ThreadWithout, HasNothingToJoinDetachOrTerminate) {
     EXPECT_CODE(PERR_THREAD, thread.pdetach());
     EXPECT_CODE(PERR_THREAD, thread.pterminate(nullptr));
     EXPECT_CODE(PERR_THREAD, thread.pcreate(nullptr, nullptr)) << "without a routine";
-    EXPECT_FALSE(thread.isAlive());
-    EXPECT_EQ(0U, thread.getThreadId());
 }
 
-TEST(Sleep, LastsAsManyMillisecondsAsAskedUnlessThatWraps) {
+TEST(Sleep, LastsAsManyMillisecondsAsAskedUnlessThatWrapsOrASignalComes) {
     long long const start = PTime::getTickCount();
     EXPECT_EQ(0, PThread::psleep(0));
     EXPECT_EQ(0, PThread::psleep(4'294'968));
     EXPECT_EQ(0, PThread::psleep(50));
-    EXPECT_GE(elapsed(start), 49);
-    EXPECT_LT(elapsed(start), 3000);
-}
-
-TEST(Sleep, EndsWithASignal) {
+    long long const elapsed = PTime::getTickCountDiff(start, PTime::getTickCount());
+    EXPECT_GE(elapsed, 49);
+    EXPECT_LT(elapsed, 3000);
     EXPECT_EQ(-1, interrupted([] { return PThread::psleep(30'000); }));
 }
