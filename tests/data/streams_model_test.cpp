@@ -7,11 +7,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size);
 
-namespace {
-
-/// What picks the locale and the operations, then items of streams, most of them whole and some cut,
-/// with the length of one character now and then.
-Bytes arbitraryItems(std::mt19937& random) {
+/// What picks the locale and the operations, then items of streams, most of them whole and some cut.
+static Bytes arbitraryItems(std::mt19937& random) {
     static char const* const record =
         "\x09\x85zzz\x01p\x07zzz\x03\x09\x85zzz\x01q\x09\x85zzz\x02rs";
     static char const* const parts[] = {
@@ -20,7 +17,7 @@ Bytes arbitraryItems(std::mt19937& random) {
         "\x82\xA0", "u",           "\x09",        "z",        "\x01",
         "\xFF"};
     Bytes made(9);
-    std::ranges::generate(made, [&] { return static_cast<unsigned char>(random()); });
+    std::ranges::generate(made, std::ref(random));
     while (random() % 8 != 0) {
         std::string const part = parts[random() % std::size(parts)];
         made.insert(made.end(), part.begin(), part.end());
@@ -29,8 +26,6 @@ Bytes arbitraryItems(std::mt19937& random) {
     std::ranges::replace(made, 'z', '\0');  // no zero byte in a literal
     return made;
 }
-
-}  // namespace
 
 TEST(Streams, AgreeWithAPlainModelOnArbitraryBytesInThreeLocales) {
     MadeLocale const japanese("SHIFT_JIS");  // found by its name, as C and C.UTF-8 are

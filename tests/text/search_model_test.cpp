@@ -1,30 +1,53 @@
 #include <algorithm>
 #include <random>
-#include <vector>
 
-#include <gtest/gtest.h>
+#include <support/expect.h>
 #include <support/locales.h>
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t size);
+namespace {
 
-/// What picks the locale, the text and its part, then letters of few kinds; one text in twenty is
-/// long.
-static std::vector<std::uint8_t> _arbitrarySearch(std::mt19937& random) {
-    std::vector<std::uint8_t> input(8 + random() % 6);
-    std::ranges::generate(input, std::ref(random));
-    if (random() % 20 != 0) input[2] %= 4;
+/// Letters of few kinds, in which much matches in vain; one text in twenty is long.
+std::wstring _randomText(std::mt19937& random) {
+    static constexpr wchar_t LETTERS[] = L"aAbiI\u00e1\u00c1\u0130\u0131\u01c5\u01c6\x10428";
     auto const first = random(), kinds = 1 + random() % 4;
-    for (std::size_t i = 6; i < input.size(); ++i)
-        input[i] = static_cast<std::uint8_t>(first + input[i] % kinds);
-    return input;
+    std::size_t const period = 1 + random() % 6;
+    std::wstring text(1 + random() % (random() % 20 == 0 ? 3000 : 20), L' ');
+    std::size_t const exception = random() % text.size();
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = i < period || i == exception ? LETTERS[(first + random() % kinds) % 12]
+                                               : text[i - period];
+    return text;
 }
 
+/// Part of a text, with one of its letters at another place.
+std::wstring _randomPart(std::wstring const& text, std::mt19937& random) {
+    std::wstring part = text.substr(random() % text.size(), 1 + random() % text.size());
+    part[random() % part.size()] = text[random() % text.size()];
+    return part;
+}
+
+}  // namespace
+
 TEST(SearchModel, AgreesOnShortTextsAndOnLongOnesInWhichMuchMatchesInVain) {
-    MadeLocale const turkish("UTF-8", "tr_TR");  // found by its name, as C and C.UTF-8 are
+    char const* const locales[] = {"C", "C.UTF-8", "UTF-8"};
+    MadeLocale const turkish("UTF-8", "tr_TR");
     std::mt19937 random(20240);
-    for (int round = 0; round < 60'000; ++round) {
-        auto const input = _arbitrarySearch(random);
-        ASSERT_NO_THROW(LLVMFuzzerTestOneInput(input.data(), input.size()))
-            << testing::PrintToString(input);
+    for (int round = 0; round < 200'000 && !HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        std::setlocale(LC_CTYPE, locales[random() % 3]);
+        bool const fromEnd = random() % 2, ignoreCase = random() % 2;
+        std::wstring text = _randomText(random), part = _randomPart(text, random);
+        PString const searched(text.data(), text.size()), what(part.data(), part.size());
+        if (ignoreCase) {
+            std::ranges::transform(text, text.begin(), PLiteral::toupper);
+            std::ranges::transform(part, part.begin(), PLiteral::toupper);
+        }
+        std::size_t pos = text.npos;
+        std::size_t const expected = fromEnd ? text.rfind(part) : text.find(part);
+        EXPECT_CODE(expected == text.npos ? PERR_NOT_FOUND : PERR_OK,
+                    searched.str(what, pos, fromEnd, ignoreCase));
+        EXPECT_EQ(expected, pos);
+        EXPECT_EQ(text.starts_with(part), searched.startsWith(what, ignoreCase));
+        EXPECT_EQ(text.ends_with(part), searched.endsWith(what, ignoreCase));
     }
 }

@@ -10,7 +10,6 @@ using namespace std::string_view_literals;
 namespace {
 
 constexpr unsigned long TOO_MANY = ULONG_MAX;  // characters
-constexpr wchar_t const* NO_TEXT = nullptr;
 
 using S = PString&;
 
@@ -54,11 +53,8 @@ TEST(String, MovesItsBufferAndBecomesEmpty) {
     PString source(L"abc", 3), target(L"old", 3);
     wchar_t const* const buffer = source.ptr();
     PString made(std::move(source));
-    EXPECT_EQ(buffer, made.ptr());
-    EXPECT_TEXT(L"abc", made);
     EXPECT_EQ(nullptr, source.ptr());
     EXPECT_EQ(0U, source.len());
-
     target = std::move(made);
     EXPECT_EQ(buffer, target.ptr());
     EXPECT_TEXT(L"abc", target);
@@ -72,45 +68,53 @@ TEST(String, CopiesTheCharactersThatAreAssigned) {
     EXPECT_NE(abc.ptr(), target.ptr());
     EXPECT_TEXT(L"fgh", target = L"fgh");
     EXPECT_TEXT(L"gh", target = target.ptr() + 1) << "from its own buffer";
-    EXPECT_EQ(nullptr, (target = NO_TEXT).ptr());
+    EXPECT_EQ(nullptr, (target = PLiteral().ptr()).ptr());
     EXPECT_EQ(0U, target.len());
     EXPECT_NE(nullptr, (target = L"").ptr()) << "an empty text has a buffer";
-}
-
-TEST(String, CopiesWhatIsAssignedThroughItsBase) {
-    PString target(L"old", 3);
-    PLiteral& base = target;
-    wchar_t const text[] = L"abc";
-    base = text;
-    EXPECT_TEXT(L"abc", target);
+    wchar_t const* const text = L"xyz";
+    static_cast<PLiteral&>(target) = text;
+    EXPECT_TEXT(L"xyz", target) << "assigned through its base";
     EXPECT_NE(text, target.ptr());
 }
 
-TEST(StringSet, TakesSoManyCharactersButNoMoreOfAViewThanItHolds) {
+TEST(String, TakesCharactersByTheirCountFromOutsideAndFromItself) {
     static PLiteral const abc(L"abc");
     _expectEdits({
-        {"a part", L"old", [](S s) { return s.set(L"abc", 2); }, PERR_OK, L"ab"},
-        {"its own", L"abc", [](S s) { return s.set(s.ptr() + 1, 2); }, PERR_OK, L"bc"},
-        {"nothing", L"old", [](S s) { return s.set(NO_TEXT, P_WHOLE_STRING); }, PERR_OK, L""},
-        {"more of a view", L"old", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT,
-         L"old"},
-        {"all of a view", L"", [](S s) { return s.set(abc, P_WHOLE_STRING); }, PERR_OK, L"abc"},
+        {"set a part", L"old", [](S s) { return s.set(L"abc", 2); }, PERR_OK, L"ab"},
+        {"set its own", L"abc", [](S s) { return s.set(s.ptr() + 1, 2); }, PERR_OK, L"bc"},
+        {"set more of a view", L"a", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT,
+         L"a"},
+        {"set a view", L"", [](S s) { return s.set(abc, P_WHOLE_STRING); }, PERR_OK, L"abc"},
+        {"cat a part", L"ab", [](S s) { return s.cat(L"cde", 2); }, PERR_OK, L"abcd"},
+        {"cat a view", L"ab", [](S s) { return s.cat(abc); }, PERR_OK, L"ababc"},
+        {"cat its own", L"abc", [](S s) { return s.cat(s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
+        {"cat too many", L"a", [](S s) { return s.cat(L"c", TOO_MANY); }, PERR_NO_MEMORY, L"a"},
+        {"insert at the end", L"ab", [](S s) { return s.insert(2, L"x", 1); }, PERR_OK, L"abx"},
+        {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},
+        {"insert its own", L"ab", [](S s) { return s.insert(1, s.ptr() + 1, 1); }, PERR_OK, L"abb"},
+        {"a view", L"x", [](S s) { return s.insert(0, abc, P_WHOLE_STRING); }, PERR_OK, L"abcx"},
     });
-}
-
-TEST(StringCat, AppendsSoManyCharacters) {
-    _expectEdits({
-        {"a part", L"ab", [](S s) { return s.cat(L"cde", 2); }, PERR_OK, L"abcd"},
-        {"a view", L"ab", [](S s) { return s.cat(PLiteral(L"cd")); }, PERR_OK, L"abcd"},
-        {"its own", L"abc", [](S s) { return s.cat(s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
-        {"too many", L"ab", [](S s) { return s.cat(L"c", TOO_MANY); }, PERR_NO_MEMORY, L"ab"},
-    });
-}
-
-TEST(StringCat, IsTheOperatorThatAppends) {
     PString text(L"a", 1);
     EXPECT_TEXT(L"ab", text += L"b");
     EXPECT_TEXT(L"abab", text += text);
+}
+
+TEST(String, LosesOrChangesCharactersInPlace) {
+    _expectEdits({
+        {"erase in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
+        {"erase to the end", L"abcd", [](S s) { return s.erase(2, 2); }, PERR_OK, L"ab"},
+        {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
+        {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
+        {"trim", L"\t ab\r\n", [](S s) { return s.trim(); }, PERR_OK, L"ab"},
+        {"trim others", L"\v ab\f", [](S s) { return s.trim(); }, PERR_OK, L"\v ab\f"},
+        {"trim to nothing", L"    ", [](S s) { return s.trim(); }, PERR_OK, L""},
+        {"trim to a zero", L" a\0b"sv, [](S s) { return s.trim(); }, PERR_OK, L"a"},
+        {"trim behind zeros", L"a\0b "sv, [](S s) { return s.trim(); }, PERR_OK, L"a\0b"sv},
+        {"strip", L" a b\tc\r\n\vd", [](S s) { return s.stripall(); }, PERR_OK, L"abc\vd"},
+        {"replace", L"a//\0/"sv, [](S s) { return s.replace(L'/', L'x'); }, PERR_OK, L"axx\0x"sv},
+        {"fill fewer", L"abcd", [](S s) { return s.fill(L'x', 2); }, PERR_OK, L"xx\0d"sv},
+        {"fill more", L"abcd", [](S s) { return s.fill(L'x', 5); }, PERR_OK, L"xxxxx"},
+    });
 }
 
 TEST(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSetAndCharactersWhereItIsMade) {
@@ -124,55 +128,6 @@ TEST(StringOfBytes, CountsBytesWhereTheyAreAppendedOrSetAndCharactersWhereItIsMa
         {"set", L"a", [](S s) { return s.set("\u00e9", 2); }, PERR_OK, L"\u00e9\0"sv},
     });
     setlocale(LC_CTYPE, "C");
-}
-
-TEST(StringInsert, PutsCharactersInFrontOfAPosition) {
-    static PLiteral const xyz(L"xyz");
-    _expectEdits({
-        {"at the end", L"abc", [](S s) { return s.insert(3, L"x", 1); }, PERR_OK, L"abcx"},
-        {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},
-        {"its own", L"abc", [](S s) { return s.insert(1, s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
-        {"a view", L"a", [](S s) { return s.insert(0, xyz, P_WHOLE_STRING); }, PERR_OK, L"xyza"},
-    });
-}
-
-TEST(StringErase, TakesARangeOutAndRefusesOneThatEndsBehindTheText) {
-    _expectEdits({
-        {"in the middle", L"abcd", [](S s) { return s.erase(1, 2); }, PERR_OK, L"ad"},
-        {"up to the end", L"abcd", [](S s) { return s.erase(2, 2); }, PERR_OK, L"ab"},
-        {"one too many", L"ab", [](S s) { return s.erase(1, 2); }, PERR_INVALID_ARGUMENT, L"ab"},
-        {"behind", L"ab", [](S s) { return s.erase(3, 0); }, PERR_INVALID_ARGUMENT, L"ab"},
-    });
-}
-
-TEST(StringTrim, TakesWhiteSpaceOffBothEnds) {
-    auto const trim = [](S s) { return s.trim(); };
-    _expectEdits({
-        {"both ends", L"\t ab\r\n", trim, PERR_OK, L"ab"},
-        {"other white space", L"\v ab\f", trim, PERR_OK, L"\v ab\f"},
-        {"white space alone", L"    ", trim, PERR_OK, L""},
-        {"what moves, up to its first zero", L" a\0b"sv, trim, PERR_OK, L"a"},
-        {"what stays, with its zeros", L"a\0b "sv, trim, PERR_OK, L"a\0b"sv},
-    });
-}
-
-TEST(String, LosesAllWhiteSpaceByStripping) {
-    PString text(L" a b\tc\r\n\vd", P_WHOLE_STRING);
-    EXPECT_CODE(PERR_OK, text.stripall());
-    EXPECT_TEXT(L"abc\vd", text);
-}
-
-TEST(String, ChangesEachOfACharacterByReplacing) {
-    PString text(L"a/b//\0/", 7);
-    EXPECT_CODE(PERR_OK, text.replace(L'/', L'x'));
-    EXPECT_TEXT(L"axbxx\0x"sv, text);
-}
-
-TEST(StringFill, NeverShortensTheLength) {
-    _expectEdits({
-        {"fewer", L"abcd", [](S s) { return s.fill(L'x', 2); }, PERR_OK, L"xx\0d"sv},
-        {"more", L"abcd", [](S s) { return s.fill(L'x', 5); }, PERR_OK, L"xxxxx"},
-    });
 }
 
 TEST(StringCopy, IsANewArrayWithItsLengthOrNull) {
