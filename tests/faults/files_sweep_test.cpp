@@ -13,48 +13,38 @@ protected:
     PString named(std::string const& name) const {
         return {scratch.wpath(name).c_str(), P_WHOLE_STRING};
     }
-    void makeAnew() {
+
+    Scratch const scratch;
+    PString const a = named("dir/a");
+    PFile file;
+    std::function<void()> const anew = [this] {
         (void)file.pclose();
         fs::remove_all(scratch.path("dir"));
         fs::create_directories(scratch.path("dir/sub"));
         scratch.write("dir/a", "old");
         errno = 0;
-    }
-    Scratch const scratch;
-    PString const folder = named("dir"), a = named("dir/a"), b = named("dir/b");
-    PFile file;
-    std::function<void()> const anew = [this] { makeAnew(); };
+    };
 };
 
 }  // namespace
 
-TEST_F(FilesSweep, OpeningLeavesAHandleThatIsClosedOrToBeClosed) {
-    auto const open = [&] { return file.popen(a, PFile::OPEN_READ, PFile::EXCLUSIVE); };
-    auto const look = [&](int code) {
-        PString name;
-        int const held = file.isOpen() ? PERR_OK : PERR_NOT_OPEN;
-        EXPECT_CODE(held, file.pgetName(name));
-        EXPECT_TEXT(code == PERR_OK ? view(a) : L"", name);
-        EXPECT_CODE(held, file.pclose());
-    };
-    sweep({"PFile::popen", {PERR_OPEN, PERR_NO_MEMORY}, open, anew, look});
-}
-
 TEST_F(FilesSweep, ReadingWritesItsOutputsOnSuccessOnly) {
-    std::wstring const whole(3000, L'x');
+    std::string const whole(3000, 'x');
     PString line;
     long long size = 77;
-    auto const opened = [&] {
-        makeAnew();
-        scratch.write("dir/a", std::string(whole.begin(), whole.end()));
-        EXPECT_CODE(PERR_OK, file.popen(a, PFile::OPEN_READ, PFile::UNLOCKED));
+    auto const before = [&] {
+        anew();
+        scratch.write("dir/a", whole);
         line = L"untouched";
     };
-    auto const readLine = [&] { return file.preadLine(line); };
-    auto const lookAtLine = [&](int code) {
-        EXPECT_TEXT(code == PERR_OK ? whole.substr(0, line.len()) : L"untouched", line);
+    auto const read = [&] {
+        int const opened = file.popen(a, PFile::OPEN_READ, PFile::EXCLUSIVE);
+        return opened == PERR_OK ? file.preadLine(line) : opened;
     };
-    sweep({"PFile::preadLine", {PERR_READ, PERR_NO_MEMORY}, readLine, opened, lookAtLine});
+    auto const look = [&](int code) {
+        EXPECT_TEXT(code == PERR_OK ? wide(whole).substr(0, line.len()) : L"untouched", line);
+    };
+    sweep({"PFile, lines", {PERR_OPEN, PERR_READ, PERR_NO_MEMORY}, read, before, look});
     EXPECT_CODE(PERR_STAT, runFailing(1, true, [&] { return file.pgetSize(size); }));
     EXPECT_EQ(77, size);
 }
@@ -74,26 +64,28 @@ TEST_F(FilesSweep, ASafeWriteThatIsNotMovedLeavesTheOldContent) {
 }
 
 TEST_F(FilesSweep, NamesThatCannotBeMadeMeetNoOtherFile) {
-    PString const odd = named("dir\\a");  // to be slashed, also where memory runs out
+    PString const odd = named("dir\\a"), other = named("dir/b");  // to be slashed
     scratch.write("dir\\a", "another file");
     auto const look = [&](int) { EXPECT_EQ("another file", scratch.read("dir\\a")); };
-    auto const move = [&] { return PFile::rename(odd, b); };
+    auto const move = [&] { return PFile::rename(odd, other); };
     auto const remove = [&] { return PFile::pdelete(odd); };
     sweep({"PFile::rename", {PERR_IO, PERR_SYSTEM}, move, anew, look});
     sweep({"PFile::pdelete", {PERR_DELETE}, remove, anew, look});
 }
 
 TEST_F(FilesSweep, RemovingATreeLeavesNothingWhereItSucceeds) {
+    std::set<int> const codes{PERR_DIR_NOT_FOUND, PERR_INVALID_ARGUMENT, PERR_DELETE,
+                              PERR_NO_MEMORY};
+    PString const folder = named("dir");
     auto const remove = [&] { return PFile::removeAll(folder); };
     auto const look = [&](int code) {
         EXPECT_EQ(code != PERR_OK, fs::exists(scratch.path("dir")));
     };
-    std::set<int> const codes{PERR_DIR_NOT_FOUND, PERR_INVALID_ARGUMENT, PERR_DELETE,
-                              PERR_NO_MEMORY};
     sweep({"PFile::removeAll", codes, remove, anew, look});
 }
 
 TEST_F(FilesSweep, AListingKeepsItsCodeAndGivesWholeNames) {
+    PString const folder = named("dir");
     PDir listing;
     auto const list = [&] {
         (void)listing.popen(folder, L"a");

@@ -34,42 +34,29 @@ TEST(ProcessList, IdZeroStandsForTheFirstProcess) {
 
 TEST(ProcessFind, ComparesWholeNamesIgnoringCaseAndFolders) {
     Scratch const scratch;
-    std::string const brief = "Plt" + std::to_string(getpid()), wide = brief + "-more-than-15";
+    std::string const number = std::to_string(getpid()), brief = "Plt" + number;
+    std::string const wide = brief + "-more-than-15";
     ASSERT_EQ(0, symlink("/bin/sleep", scratch.path(brief).c_str()));
     ASSERT_EQ(0, symlink("/bin/sleep", scratch.path(wide).c_str()));
     Child const one(owned("60"), scratch.path(brief)), other(owned("60"), scratch.path(wide));
-    struct {
-        char const* what;
-        std::string name;
-        Ids found;
-    } const rows[] = {
-        {"folders and case", "C:\\x/pLT" + brief.substr(3), {one.pid}},
-        {"the beginning of it", brief.substr(0, brief.size() - 1), {}},
-        {"one that the system cuts", "/x/" + wide, {other.pid}},
-        {"as the system cut it", wide.substr(0, 15), {}},
-        {"none", "", {}},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        Ids pids{7}, parents{7, 7};
-        EXPECT_CODE(row.found.empty() ? PERR_NOT_FOUND : PERR_OK,
-                    PProcess::find(owned(row.name), pids, parents));
-        EXPECT_EQ(row.found, pids);
-        EXPECT_EQ(Ids(row.found.size(), PProcess::getCurrentPID()), parents);
-    }
+    Ids pids{7}, parents{7, 7};
+    EXPECT_CODE(PERR_OK, PProcess::find(owned("C:\\x/pLT" + number), pids, parents));
+    EXPECT_EQ(Ids{one.pid}, pids);
+    EXPECT_EQ(Ids{PProcess::getCurrentPID()}, parents);
+    EXPECT_CODE(PERR_OK, PProcess::find(owned("/x/" + wide), pids, parents));
+    EXPECT_EQ(Ids{other.pid}, pids) << "a name that the system cuts";
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned(wide.substr(0, 15)), pids, parents));
+    EXPECT_EQ(Ids(), parents);
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(owned("Plt"), pids, parents));
 }
 
 TEST(ProcessFind, FindsNamesBeyondAsciiAndStepsOverThoseItCannotConvert) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     ChildRun const child([] { return prctl(PR_SET_NAME, " \xE3\x81\x82\xC3\xA9 ") + pause(); });
-    auto const pid = static_cast<unsigned int>(child.pid);
-    PString name;
+    PLiteral const name(L"/any/long/folder/\x3042\xE9");
     Ids pids, parents;
-    EXPECT_TRUE(eventually([&] {  // it has its name a moment after it is there
-        return PProcess::getName(pid, name) == PERR_OK && name == L"\x3042\xE9";
-    }));
-    EXPECT_CODE(PERR_OK, PProcess::find(PLiteral(L"/any/long/folder/\x3042\xE9"), pids, parents));
-    EXPECT_EQ(Ids{pid}, pids);
+    EXPECT_TRUE(eventually([&] { return PProcess::find(name, pids, parents) == PERR_OK; }));
+    EXPECT_EQ(Ids{static_cast<unsigned int>(child.pid)}, pids);
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C"));
     EXPECT_CODE(PERR_NOT_FOUND, PProcess::find(PString(), pids, parents));
 }

@@ -8,27 +8,18 @@ using Calls = std::vector<std::string>;
 }  // namespace
 
 TEST(ScriptedPauses, AWaitIsDividedIntoTenthsOfASecondAtLeast) {
-    struct {
-        unsigned int milliseconds;
-        std::size_t sleeps;
-        char const* sleep;
-    } const rows[] = {
-        {999, 0, ""},
-        {1999, 1, "usleep 1000000"},
-        {10009, 10, "usleep 1000000"},
-        {20009, 10, "usleep 2000000"},
-    };
     Child child;
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.milliseconds);
-        Calls const expected(row.sleeps, row.sleep);
+    auto const expectPauses = [&](unsigned int milliseconds, Calls const& expected) {
         Script const byId;
-        EXPECT_TRUE(PProcess::waitFinish(child.pid, row.milliseconds));
+        EXPECT_TRUE(PProcess::waitFinish(child.pid, milliseconds));
         EXPECT_EQ(expected, byId.calls());
         Script const byObject;
-        EXPECT_TRUE(child.process.waitFinish(row.milliseconds));
+        EXPECT_TRUE(child.process.waitFinish(milliseconds));
         EXPECT_EQ(expected, byObject.calls());
-    }
+    };
+    expectPauses(999, {});
+    expectPauses(1999, {"usleep 1000000"});
+    expectPauses(20009, Calls(10, "usleep 2000000"));
 }
 
 TEST(ScriptedPauses, ASignalIsFollowedByASecond) {

@@ -1,5 +1,3 @@
-#include <sys/ptrace.h>
-
 #include <process/queries.h>
 
 TEST(ProcessWaiting, ExitCodeTellsHowAChildEnded) {
@@ -18,15 +16,6 @@ TEST(ProcessWaiting, ExitCodeIsGivenOnce) {
     EXPECT_EQ(0, exitCode);
     EXPECT_CODE(PERR_NO_PROCESS, process.waitExitCode(exitCode));
     EXPECT_EQ(-1, exitCode);
-}
-
-TEST(ProcessWaiting, ATracedChildThatStopsHasNotEnded) {
-    Child child;
-    int exitCode = 7;
-    if (ptrace(PTRACE_ATTACH, child.pid, 0, 0) != 0) GTEST_SKIP() << "no child may be traced";
-    EXPECT_CODE(PERR_STOPPED, child.process.waitExitCode(exitCode));
-    EXPECT_EQ(-1, exitCode);
-    EXPECT_EQ(0, ptrace(PTRACE_DETACH, child.pid, 0, 0));
 }
 
 TEST(ProcessWaiting, IsRunningTellsLivingProcessesFromOthers) {
