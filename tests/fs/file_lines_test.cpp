@@ -4,51 +4,45 @@
 
 #include <fs/files.h>
 
-/// Opens a file of the content for reading and writing lines.
-static void _open(PFile& file, Scratch const& scratch, std::string const& content) {
-    PString const name = named(scratch.write("f", content));
-    ASSERT_CODE(PERR_OK, file.popen(name, READ | WRITE, PFile::UNLOCKED));
-}
+using Lines = std::vector<std::wstring>;
 
-using FileLines = InAFolder;
+class FileLines : public InAFolder {
+protected:
+    void open(std::string const& content) {
+        PString const name = named(scratch.write("f", content));
+        ASSERT_CODE(PERR_OK, file.popen(name, READ | WRITE, PFile::UNLOCKED));
+    }
+    Lines linesOf(std::string const& content) {
+        Lines lines;
+        open(content);
+        while (file.preadLine(text) == PERR_OK) lines.emplace_back(view(text));
+        EXPECT_CODE(PERR_END_OF_FILE, file.preadLine(text));
+        EXPECT_CODE(PERR_OK, file.pclose());
+        return lines;
+    }
+};
 
 TEST_F(FileLines, AreReadWithoutTheirEnds) {
-    struct {
-        char const* what;
-        std::string content;
-        wchar_t const *first, *second;  // null where there is no such line
-    } const rows[] = {
-        {"carriage returns, no feed at the end", "a\r\nb", L"a", L"b"},
-        {"an empty line", "\n", L"", nullptr},
-        {"an empty file", "", nullptr, nullptr},
-        {"nothing but carriage returns", "\r\r", nullptr, nullptr},
-        {"a zero byte", std::string("a\0b\nc", 5), L"a", L"c"},
-    };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.what);
-        PFile opened;
-        _open(opened, scratch, row.content);
-        for (wchar_t const* const expected : {row.first, row.second}) {
-            PString line(L"untouched", P_WHOLE_STRING);
-            EXPECT_CODE(expected != nullptr ? PERR_OK : PERR_END_OF_FILE, opened.preadLine(line));
-            EXPECT_TEXT(expected != nullptr ? expected : L"untouched", line);
-        }
-    }
+    EXPECT_EQ((Lines{L"a", L"b"}), linesOf("a\r\nb"));
+    EXPECT_TEXT(L"b", text) << "left alone at the end";
+    EXPECT_EQ(Lines{L""}, linesOf("\n"));
+    EXPECT_EQ(Lines{}, linesOf(""));
+    EXPECT_EQ(Lines{}, linesOf("\r\r")) << "nothing but carriage returns";
+    EXPECT_EQ((Lines{L"a", L"c"}), linesOf(std::string("a\0b\nc", 5))) << "a zero byte";
 }
 
 TEST_F(FileLines, OfAnyLengthComeWhole) {
     std::string content;
-    for (unsigned long length = 0; length < 1100; ++length)
-        content += std::string(length, '\xe9') + "\n";
-    _open(file, scratch, content);
+    Lines lines;
     for (unsigned long length = 0; length < 1100; ++length) {
-        ASSERT_CODE(PERR_OK, file.preadLine(text));
-        ASSERT_TEXT(std::wstring(length, L'\xffffffe9'), text) << "bytes with their sign";
+        content += std::string(length, '\xe9') + "\n";
+        lines.emplace_back(length, L'\xffffffe9');  // bytes with their sign
     }
+    EXPECT_TRUE(lines == linesOf(content));
 }
 
 TEST_F(FileLines, AreWrittenAsMultibyteTextAndALineFeed) {
-    _open(file, scratch, "");
+    open("");
     EXPECT_CODE(PERR_OK, file.pwriteLine(L"a\u00e9")) << "what the locale cannot express";
     EXPECT_EQ("\n", scratch.read("f"));
     ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, "C.UTF-8"));

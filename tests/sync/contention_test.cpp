@@ -37,24 +37,18 @@ TEST(Contention, OfProcessesForANamedLockLosesNoUpdate) {
     EXPECT_EQ(0, munmap(page, 1));
 }
 
-TEST(Contention, OfThreadsForALockAndForASemaphoreLosesNoUpdate) {
+TEST(Contention, OfThreadsForALockLosesNoUpdate) {
     PMutex mutex;
-    PSemaphore semaphore;
-    int locked = 0, counted = 0;
+    int count = 0;
     ASSERT_CODE(PERR_OK, mutex.init(true));
-    ASSERT_CODE(PERR_OK, semaphore.init(1, true));
     _inFourThreads([&](int) {
         for (int i = 0; i < ROUNDS && !testing::Test::HasFailure(); ++i) {
             EXPECT_CODE(PERR_OK, mutex.lock());
-            ++locked;
+            ++count;
             EXPECT_CODE(PERR_OK, mutex.unlock());
-            EXPECT_CODE(PERR_OK, semaphore.wait());
-            ++counted;
-            EXPECT_CODE(PERR_OK, semaphore.post());
         }
     });
-    EXPECT_EQ(4 * ROUNDS, locked);
-    EXPECT_EQ(4 * ROUNDS, counted);
+    EXPECT_EQ(4 * ROUNDS, count);
 }
 
 TEST(Contention, ForTurnsWakesAllThatWaitOnACondition) {
