@@ -17,11 +17,4 @@ inline std::string hex(Bytes const& bytes) {
     return text;
 }
 
-inline Bytes bytes(std::string const& hex) {
-    Bytes made;
-    for (std::size_t at = 0; at < hex.size(); at += 3)
-        made.push_back(static_cast<unsigned char>(std::stoul(hex.substr(at, 2), nullptr, 16)));
-    return made;
-}
-
 #endif

@@ -30,17 +30,17 @@ TEST(StringList, IsWrittenAsItsCountAndItsTextBlocksUpToTheOneThatFails) {
 
 TEST(StringConversion, UsesNothingOfItsObjectAndRefusesWhatIsEmpty) {
     setlocale(LC_CTYPE, "C.UTF-8");
-    Bytes own = bytes("01"), made = bytes("02");
+    Bytes own{1}, made{2};
     PDataWriter writer(own);
     PDataReader reader(own);
     PString read;
     EXPECT_CODE(PERR_OK, writer.decodeUtf8(PLiteral(L"a\u00e9"), made));
     EXPECT_CODE(PERR_DATA_ENCODE, writer.decodeUtf8(PString(), made));
     EXPECT_EQ("02 61 00", hex(made));
-    EXPECT_CODE(PERR_OK, reader.encodeUtf8(bytes("C3 A9"), read));
+    EXPECT_CODE(PERR_OK, reader.encodeUtf8({0xC3, 0xA9}, read));
     EXPECT_CODE(PERR_DATA_DECODE, reader.encodeUtf8({}, read));
     EXPECT_TEXT(L"\u00e9", read);
-    EXPECT_CODE(PERR_OK, reader.encodeUtf8(bytes("61 62"), read));
+    EXPECT_CODE(PERR_OK, reader.encodeUtf8({0x61, 0x62}, read));
     EXPECT_STREQ(L"ab", read.ptr()) << "it is terminated";
     EXPECT_EQ("01", hex(own));
     EXPECT_EQ(0U, reader.getOffset());
@@ -52,7 +52,7 @@ TEST(StringConversion, LeavesZerosWhereACharacterDoesNotFitAndFollowsTheAsciiOfT
     MadeLocale const japanese("SHIFT_JIS");
     EXPECT_CODE(PERR_OK, PDataWriter(made).decodeUtf8(PLiteral(L"a\u00a2"), made));
     EXPECT_EQ("61 00", hex(made));
-    EXPECT_CODE(PERR_OK, PDataReader(made).encodeUtf8(bytes("61 5C"), read));
+    EXPECT_CODE(PERR_OK, PDataReader(made).encodeUtf8({0x61, 0x5C}, read));
     EXPECT_TEXT(L"a\u00a5", read);
     MadeLocale const chinese("GB_1988-80");
     EXPECT_CODE(PERR_DATA_ENCODE, PDataWriter(made).decodeUtf8(PLiteral(L"a$"), made));

@@ -5,7 +5,7 @@
 
 #include <portinglayer/utf8.h>
 
-// Decoding beside a plain model, byte by byte as the definition of UTF-8 has it, and back again.
+// Decoding beside a plain model, byte by byte as the definition of UTF-8 has it.
 
 namespace {
 
@@ -49,10 +49,5 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
     _must(code == (c >= 0 ? PERR_OK : PERR_BAD_FORMAT));
     if (c < 0) expected = L"former";
     _must(std::wstring(text.len() != 0 ? text.ptr() : L"", text.len()) == expected);
-    if (c < 0) return 0;
-
-    std::string back;
-    _must(PUtf8::encode(text, back) == PERR_OK);
-    _must(back == std::string(bytes.begin(), bytes.end()));
     return 0;
 }

@@ -26,8 +26,6 @@ public:
         (void)unsetenv("LOCPATH");
         (void)std::setlocale(LC_CTYPE, "C");
     }
-    MadeLocale(MadeLocale const&) = delete;
-    MadeLocale& operator=(MadeLocale const&) = delete;
 
 private:
     Scratch folder;

@@ -6,8 +6,7 @@
 
 namespace {
 
-/// What the machine says of itself. Numbers are names that the real resolver always knows, so the
-/// address tells which name was looked up.
+/// What the machine says of itself. Numbers are names that the real resolver always knows.
 struct Machine {
     char const* what;
     char const* variable;  // null: not set

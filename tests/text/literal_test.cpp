@@ -7,9 +7,8 @@
 using namespace std::string_view_literals;
 
 TEST(Literal, RefersToTheTextItIsGivenUpToItsTerminator) {
-    wchar_t const text[] = L"abc\0d";
+    wchar_t text[] = L"abc\0d";
     PLiteral const view(text);
-    EXPECT_EQ(text, view.ptr());
     EXPECT_EQ(text, static_cast<wchar_t const*>(view));
     EXPECT_EQ(3U, view.len());
 
@@ -17,16 +16,11 @@ TEST(Literal, RefersToTheTextItIsGivenUpToItsTerminator) {
     assigned = view;
     EXPECT_EQ(text, assigned.ptr());
     EXPECT_EQ(3U, assigned.len());
+    text[3] = L'c';
+    assigned = text;
+    EXPECT_EQ(3U, assigned.len()) << "the pointer that it holds";
     assigned = L"xy\0z";
     EXPECT_EQ(2U, assigned.len());
-}
-
-TEST(Literal, IsNotMeasuredAgainWhenGivenThePointerThatItHolds) {
-    wchar_t room[] = {L'a', L'b', 0, L'd', 0};
-    PLiteral view(room);
-    room[2] = L'c';
-    view = room;
-    EXPECT_EQ(2U, view.len());
 }
 
 TEST(Comparison, OrdersByLengthBeforeCharacters) {
@@ -43,8 +37,6 @@ TEST(Comparison, TakesSoManyCharactersOfTheOther) {
     EXPECT_EQ(0, ab.cmp(L"abx", 2));
     EXPECT_GT(ab.cmp(L"ab", 1), 0);
     EXPECT_LT(ab.cmp(L"abx", 3), 0);
-    EXPECT_LT(ab.cmp(L"ac", 2), 0);
-    EXPECT_EQ(0, ab.cmp(L"ab", P_WHOLE_STRING));
     EXPECT_EQ(0, PLiteral().cmp(L"ab", 0));
     EXPECT_GT(ab.cmp(nullptr, 2), 0);
     EXPECT_LT(ab.cmp(nullptr, P_WHOLE_STRING), 0);
@@ -55,8 +47,6 @@ TEST(Case, IsThatOfTheLocale) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     EXPECT_EQ(L'\u00c9', PLiteral::toupper(L'\u00e9'));
     EXPECT_EQ(L'\u00e9', PLiteral::tolower(L'\u00c9'));
-    setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(L'\u00e9', PLiteral::toupper(L'\u00e9'));
 }
 
 TEST(Token, IsTakenOffTheFrontWithItsSeparatorAndTrimmed) {
