@@ -111,7 +111,7 @@ inline unsigned _placesBetween(wchar_t const* first, AsciiSet firstWanted, wchar
 
 constexpr std::size_t WIDE_BLOCK = 32;  // characters at once, by AVX2
 
-[[gnu::target("avx2")]] inline bool _narrowWideBlock(char* to, wchar_t const* from) {
+[[gnu::target("avx2")]] inline bool _convertWideBlock(char* to, wchar_t const* from) {
     auto const* const words = reinterpret_cast<__m256i const*>(from);
     __m256i const a = _mm256_loadu_si256(words);
     __m256i const b = _mm256_loadu_si256(words + 1);
@@ -127,20 +127,7 @@ constexpr std::size_t WIDE_BLOCK = 32;  // characters at once, by AVX2
     return true;
 }
 
-[[gnu::target("avx2")]] inline std::size_t _narrowWideBlocks(char* to, wchar_t const* from,
-                                                             std::size_t n) {
-    std::size_t done = 0;
-    while (n - done >= WIDE_BLOCK && _narrowWideBlock(to + done, from + done)) done += WIDE_BLOCK;
-    return done;
-}
-
-/// Narrows wide blocks at the front of `n` characters, as long as they are ASCII. Returns how many
-/// characters were narrowed.
-inline std::size_t _narrowWideRun(char* to, wchar_t const* from, std::size_t n) {
-    return __builtin_cpu_supports("avx2") ? _narrowWideBlocks(to, from, n) : 0;
-}
-
-[[gnu::target("avx2")]] inline bool _widenWideBlock(wchar_t* to, char const* from) {
+[[gnu::target("avx2")]] inline bool _convertWideBlock(wchar_t* to, char const* from) {
     __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(from));
     if (_mm256_movemask_epi8(bytes) != 0) return false;
     auto* const words = reinterpret_cast<__m256i*>(to);
@@ -150,16 +137,18 @@ inline std::size_t _narrowWideRun(char* to, wchar_t const* from, std::size_t n) 
     return true;
 }
 
-[[gnu::target("avx2")]] inline std::size_t _widenWideBlocks(wchar_t* to, char const* from,
-                                                            std::size_t n) {
+template <typename To, typename From>
+[[gnu::target("avx2")]] std::size_t _convertWideBlocks(To* to, From const* from, std::size_t n) {
     std::size_t done = 0;
-    while (n - done >= WIDE_BLOCK && _widenWideBlock(to + done, from + done)) done += WIDE_BLOCK;
+    while (n - done >= WIDE_BLOCK && _convertWideBlock(to + done, from + done)) done += WIDE_BLOCK;
     return done;
 }
 
-/// Widens wide blocks at the front of `n` bytes in the same way.
-inline std::size_t _widenWideRun(wchar_t* to, char const* from, std::size_t n) {
-    return __builtin_cpu_supports("avx2") ? _widenWideBlocks(to, from, n) : 0;
+/// Narrows or widens wide blocks at the front of `n` characters, as long as they are ASCII. Returns
+/// how many characters were converted.
+template <typename To, typename From>
+std::size_t _convertWideRun(To* to, From const* from, std::size_t n) {
+    return __builtin_cpu_supports("avx2") ? _convertWideBlocks(to, from, n) : 0;
 }
 
 #else
@@ -214,11 +203,8 @@ unsigned _placesBetween(wchar_t const* first, Wanted firstWanted, wchar_t const*
     return places;
 }
 
-inline std::size_t _narrowWideRun(char*, wchar_t const*, std::size_t) {
-    return 0;
-}
-
-inline std::size_t _widenWideRun(wchar_t*, char const*, std::size_t) {
+template <typename To, typename From>
+std::size_t _convertWideRun(To*, From const*, std::size_t) {
     return 0;
 }
 
@@ -227,7 +213,7 @@ inline std::size_t _widenWideRun(wchar_t*, char const*, std::size_t) {
 /// Narrows whole blocks at the front of `n` characters, as long as they are ASCII. Returns how many
 /// characters were narrowed; fewer than a block may be left of a text that is all ASCII.
 inline std::size_t _narrowAsciiRun(char* to, wchar_t const* from, std::size_t n) {
-    std::size_t done = _narrowWideRun(to, from, n);
+    std::size_t done = _convertWideRun(to, from, n);
     while (n - done >= ASCII_BLOCK && _narrowAsciiBlock(to + done, from + done))
         done += ASCII_BLOCK;
     return done;
@@ -235,7 +221,7 @@ inline std::size_t _narrowAsciiRun(char* to, wchar_t const* from, std::size_t n)
 
 /// Widens whole blocks at the front of `n` bytes in the same way.
 inline std::size_t _widenAsciiRun(wchar_t* to, char const* from, std::size_t n) {
-    std::size_t done = _widenWideRun(to, from, n);
+    std::size_t done = _convertWideRun(to, from, n);
     while (n - done >= ASCII_BLOCK && _widenAsciiBlock(to + done, from + done)) done += ASCII_BLOCK;
     return done;
 }
