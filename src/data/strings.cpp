@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 #include <portinglayer/data_streams.h>
@@ -8,25 +7,10 @@
 #include "data/growth.h"
 #include "data/wire.h"
 #include "text/adopted_text.h"
+#include "text/ascii_block.h"
 #include "text/multibyte.h"
 
 namespace {
-
-/// Copies characters of ASCII into units of another width. False where there is another one, or a
-/// zero, among them. Worth a quarter of the time of writing strings and a sixth of that of reading
-/// them: with no way out of its middle, the loop becomes one of vector instructions.
-template <typename To, typename From>
-bool _copyAscii(To* to, From const* from, std::size_t count) {
-    using Bits = std::make_unsigned_t<From>;
-    Bits seen = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character
-        auto const c = static_cast<Bits>(from[i]);
-        seen |= c | static_cast<Bits>(c - 1U);  // high bits, also of a zero
-        to[i] = static_cast<To>(c);
-    }
-    return seen < 0x80;
-}
 
 /// A copy that ends with a zero byte, so that a character cut by the payload's end is not completed
 /// from what follows it in the stream. Null without memory.
@@ -43,7 +27,8 @@ int _decode(unsigned char const* payload, std::size_t count, PString& text) {
     if (!wide) return PERR_NO_MEMORY;
 
     std::size_t converted = count;
-    if (!_keepsAscii() || !_copyAscii(wide.get(), payload, count)) {
+    if (!_keepsAscii() ||
+        !_convertAscii(wide.get(), reinterpret_cast<char const*>(payload), count)) {
         auto const bytes = _terminated(payload, count);
         if (!bytes) return PERR_NO_MEMORY;
         converted = _widen(wide.get(), bytes.get(), count);
@@ -59,7 +44,8 @@ int _decode(unsigned char const* payload, std::size_t count, PString& text) {
 /// carried that length, so longer multibyte forms are cut, and zeros stand behind them.
 int _encode(PString const& text, unsigned char* to, std::size_t count) {
     if (count == 0) return PERR_DATA_ENCODE;
-    if (_keepsAscii() && _copyAscii(to, text.ptr(), count)) return PERR_OK;
+    if (_keepsAscii() && _convertAscii(reinterpret_cast<char*>(to), text.ptr(), count))
+        return PERR_OK;
     std::size_t const converted = _narrow(reinterpret_cast<char*>(to), text.ptr(), count);
     if (converted == 0 || converted == MULTIBYTE_FAILED) return PERR_DATA_ENCODE;
     std::fill(to + converted, to + count, '\0');  // the C library may leave half a character there

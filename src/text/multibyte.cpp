@@ -52,7 +52,7 @@ constexpr std::ptrdiff_t BLOCK = ASCII_BLOCK;
 Progress<wchar_t, char> _narrowRun(wchar_t const* from, wchar_t const* fromEnd, char* to,
                                    char* toEnd, bool utf8) {
     while (from != fromEnd && to != toEnd) {
-        while (std::min(fromEnd - from, toEnd - to) >= BLOCK && _narrowAsciiBlock(to, from)) {
+        while (std::min(fromEnd - from, toEnd - to) >= BLOCK && _convertAsciiBlock(to, from)) {
             from += BLOCK;
             to += BLOCK;
         }
@@ -79,7 +79,7 @@ Progress<char, wchar_t> _widenRun(char const* from, wchar_t* to, wchar_t* toEnd,
         if (from >= fromEnd) fromEnd = from + strnlen(from, static_cast<std::size_t>(toEnd - to));
         if (from == fromEnd) break;
 
-        while (fromEnd - from >= BLOCK && _widenAsciiBlock(to, from)) {
+        while (fromEnd - from >= BLOCK && _convertAsciiBlock(to, from)) {
             from += BLOCK;
             to += BLOCK;
         }

@@ -39,11 +39,11 @@ char* _encodeEach(char* to, wchar_t const* from, wchar_t const* const end) {
 
 /// As above, into room for a block more than what the characters can take.
 char* _encodePart(char* to, wchar_t const* from, wchar_t const* const end) {
-    std::size_t const run = _narrowAsciiRun(to, from, static_cast<std::size_t>(end - from));
+    std::size_t const run = _convertAsciiRun(to, from, static_cast<std::size_t>(end - from));
     to += run;
     from += run;
     while (end - from >= BLOCK) {
-        unsigned const others = _narrowAsciiFront(to, from);
+        unsigned const others = _convertAsciiFront(to, from);
         std::ptrdiff_t const ascii = others == 0 ? BLOCK : std::countr_zero(others);
         wchar_t const* behind = from + std::bit_width(others);  // the last other
         to += ascii;
@@ -99,12 +99,12 @@ bool _decodeOthers(wchar_t*& to, char const*& from, char const* const end) {
 /// Decodes into room for as many characters as there are bytes. Null where they are not
 /// well-formed, else the end of what was written.
 wchar_t* _decode(wchar_t* to, char const* from, char const* const end) {
-    std::size_t const run = _widenAsciiRun(to, from, static_cast<std::size_t>(end - from));
+    std::size_t const run = _convertAsciiRun(to, from, static_cast<std::size_t>(end - from));
     to += run;
     from += run;
     while (from != end) {
         if (end - from >= BLOCK) {
-            unsigned const others = _widenAsciiFront(to, from);
+            unsigned const others = _convertAsciiFront(to, from);
             std::ptrdiff_t const ascii = others == 0 ? BLOCK : std::countr_zero(others);
             to += ascii;
             from += ascii;
