@@ -40,9 +40,6 @@ TEST(KeyAndValue, StandBeforeAndBehindTheFirstSeparatorTrimmed) {
     EXPECT_CODE(PERR_OK, PUtils::getKeyValue(text, text, value, L'=')) << "replaces the text";
     EXPECT_TEXT(L"k", text);
     EXPECT_TEXT(L"v=w", value);
-    EXPECT_CODE(PERR_OK, PUtils::getKeyValue(L":", text, value, L':'));
-    EXPECT_TEXT(L"", text);
-    EXPECT_TEXT(L"", value);
 }
 
 TEST(Arguments, AreTextsOfWhichTheFirstIsAPair) {

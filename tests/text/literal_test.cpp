@@ -60,12 +60,10 @@ TEST(Token, IsTakenOffTheFrontWithItsSeparatorAndTrimmed) {
     EXPECT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
     EXPECT_TEXT(L"a\0,b"sv, token) << "looked for up to the terminator";
     EXPECT_CODE(PERR_TOKEN, PLiteral::getNextToken(source, token, L','));
-    EXPECT_TEXT(L"a\0,b"sv, token) << "of nothing";
 }
 
 TEST(Token, HoldsNoMoreRoomThanItsCharacters) {
-    std::wstring const line =
-        std::wstring(100'000, L' ') + L"a," + std::wstring(100'000, L' ') + L"b";
+    std::wstring const room(100'000, L' '), line = room + L"a," + room + L"b";
     PString source(line.data(), line.size()), token;
     for (wchar_t const* const expected : {L"a", L"b"}) {
         ASSERT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));

@@ -26,7 +26,6 @@ void _expectEdits(std::initializer_list<Edit> rows) {
         PString text(row.before.data(), row.before.size());
         EXPECT_CODE(row.code, row.edit(text));
         EXPECT_TEXT(row.after, text);
-        if (text.ptr() == nullptr) continue;
         EXPECT_EQ(L'\0', text.ptr()[text.len()]) << "the terminator";
     }
 }
@@ -37,10 +36,9 @@ TEST(String, OwnsACopyOfSoManyCharacters) {
     EXPECT_TEXT(L"abc", PString(L"abc", P_WHOLE_STRING));
     EXPECT_EQ(nullptr, PString(L"abc", 0).ptr());
     PString original(L"abcd", 3);
-    PString const copy(original), ofView(static_cast<PLiteral const&>(original));
+    PString const copy(original);
     EXPECT_CODE(PERR_OK, original.fill(L'x'));
     EXPECT_STREQ(L"abc", copy.ptr());
-    EXPECT_STREQ(L"abc", ofView.ptr());
 }
 
 TEST(String, MovesItsBufferAndBecomesEmpty) {
@@ -76,11 +74,9 @@ TEST(String, TakesCharactersByTheirCountFromOutsideAndFromItself) {
     _expectEdits({
         {"set a part", L"old", [](S s) { return s.set(L"abc", 2); }, PERR_OK, L"ab"},
         {"set its own", L"abc", [](S s) { return s.set(s.ptr() + 1, 2); }, PERR_OK, L"bc"},
-        {"set more of a view", L"a", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT,
-         L"a"},
+        {"too much", L"a", [](S s) { return s.set(abc, 4); }, PERR_INVALID_ARGUMENT, L"a"},
         {"set a view", L"", [](S s) { return s.set(abc, P_WHOLE_STRING); }, PERR_OK, L"abc"},
         {"cat a part", L"ab", [](S s) { return s.cat(L"cde", 2); }, PERR_OK, L"abcd"},
-        {"cat a view", L"ab", [](S s) { return s.cat(abc); }, PERR_OK, L"ababc"},
         {"cat its own", L"abc", [](S s) { return s.cat(s.ptr() + 1, 2); }, PERR_OK, L"abcbc"},
         {"insert at the end", L"ab", [](S s) { return s.insert(2, L"x", 1); }, PERR_OK, L"abx"},
         {"behind", L"a", [](S s) { return s.insert(2, L"x", 1); }, PERR_INVALID_ARGUMENT, L"a"},

@@ -83,7 +83,7 @@ TEST(HexadecimalByte, IsOneOrTwoCharactersThatScanningAccepts) {
     EXPECT_EQ('\xFF', byte);
 }
 
-TEST(HexadecimalDigit, HasAValue) {
+TEST(Digit, HasAValueAndIsLookedForUpToTheLength) {
     std::wstring const digits = L"0123456789abcdefABCDEF";
     for (wchar_t c = 0; c < 0x200; ++c) {
         SCOPED_TRACE(std::wstring(1, c));
@@ -95,9 +95,6 @@ TEST(HexadecimalDigit, HasAValue) {
         ASSERT_EQ(isDigit, PUtils::isHex(&c, 1));
         ASSERT_EQ(place < 10, PUtils::isDec(&c, 1, false));
     }
-}
-
-TEST(Digits, AreTestedUpToTheLength) {
     EXPECT_TRUE(PUtils::isDec(L"12x", 2, false));
     EXPECT_FALSE(PUtils::isDec(L"12x", 3, false));
     EXPECT_TRUE(PUtils::isDec(L"12", P_WHOLE_STRING, false));
