@@ -42,16 +42,17 @@ struct Swept : PCommand {
 TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
     std::optional<Swept> command;
     auto const fresh = [&] { command.emplace(); };
+    auto const talk = [&] { return firstFailure({command->set(), command->talk()}); };
+    auto const run = [&] { return command->runs(); };
     auto const works = [&](int) {
         (void)command->end(command->ending, 0);
         while (waitpid(-1, nullptr, 0) > 0) continue;  // where even that was refused
-        EXPECT_CODE(PERR_OK, firstFailure({command->set(), command->talk(), command->runs()}));
+        EXPECT_CODE(PERR_OK, firstFailure({talk(), run()}));
         command.reset();
     };
-    auto const talk = [&] { return firstFailure({command->set(), command->talk()}); };
     // The end walks over all processes: more of the same follows.
     sweep({"PCommand", CODES, talk, fresh, works, 90});
-    sweep({"PCommand::run", CODES, [&] { return command->runs(); }, fresh, works});
+    sweep({"PCommand::run", CODES, run, fresh, works});
 }
 
 TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
@@ -61,8 +62,8 @@ TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
         int const code = runFailing(nth, false, [&] { return command.start(); });
         int const ended = command.end(command.ending, 0);
         EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_NO_PROCESS, ended) << nth;
-        refused += code == PERR_OK ? 0 : 1;
         EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << nth;
+        refused += code == PERR_OK ? 0 : 1;
     }
     EXPECT_GT(refused, 5);
 }
@@ -76,23 +77,19 @@ static bool _isRefused(int error) {
 }
 
 TEST(CommandSweep, ASystemThatCannotHoldChildrenIsToldBeforeOneIsStarted) {
-    struct {
-        char const* what;
-        int *calls, error, code;
-    } const rows[] = {
-        {"no process descriptors", &opening, ENOSYS, PERR_NOT_SUPPORTED},
-        {"a filter of calls", &opening, EPERM, PERR_NOT_SUPPORTED},
-        {"no waiting by them", &waiting, EINVAL, PERR_NOT_SUPPORTED},
-        {"none left", &opening, EMFILE, PERR_SYSTEM},
-        {"no memory for one", &opening, ENOMEM, PERR_NO_MEMORY},
-    };
-    for (auto const& row : rows) {
+    auto const startWhile = [](int& calls, int error) {
         Swept command;
-        *row.calls = row.error;
-        EXPECT_CODE(row.code, command.start()) << row.what;
-        *row.calls = 0;
-        EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << row.what;
-    }
+        calls = error;
+        int const code = command.start();
+        calls = 0;
+        EXPECT_EQ(-1, waitpid(-1, nullptr, 0));
+        return code;
+    };
+    EXPECT_CODE(PERR_NOT_SUPPORTED, startWhile(opening, ENOSYS));
+    EXPECT_CODE(PERR_NOT_SUPPORTED, startWhile(opening, EPERM)) << "a filter of calls";
+    EXPECT_CODE(PERR_NOT_SUPPORTED, startWhile(waiting, EINVAL)) << "no waiting by them";
+    EXPECT_CODE(PERR_SYSTEM, startWhile(opening, EMFILE));
+    EXPECT_CODE(PERR_NO_MEMORY, startWhile(opening, ENOMEM));
 }
 
 TEST(CommandSweep, AProgramThatMayNotBeSignalledIsStillHeld) {

@@ -1,6 +1,5 @@
 #include <faults/sweep.h>
-#include <portinglayer/files.h>
-#include <portinglayer/libraries.h>
+#include <portinglayer/portinglayer.h>
 #include <support/scratch.h>
 
 namespace fs = std::filesystem;
@@ -10,12 +9,9 @@ namespace {
 /// A folder with the file "a", which reads "old", made anew before each run.
 class FilesSweep : public testing::Test {
 protected:
-    PString named(std::string const& name) const {
-        return {scratch.wpath(name).c_str(), P_WHOLE_STRING};
-    }
-
     Scratch const scratch;
-    PString const a = named("dir/a");
+    std::wstring const dir = scratch.wpath("dir"), path = dir + L"/a";
+    PLiteral const folder{dir.c_str()}, a{path.c_str()};
     PFile file;
     std::function<void()> const anew = [this] {
         (void)file.pclose();
@@ -64,28 +60,23 @@ TEST_F(FilesSweep, ASafeWriteThatIsNotMovedLeavesTheOldContent) {
 }
 
 TEST_F(FilesSweep, NamesThatCannotBeMadeMeetNoOtherFile) {
-    PString const odd = named("dir\\a"), other = named("dir/b");  // to be slashed
+    std::wstring const backslashed = dir + L"\\a", other = dir + L"/b";
+    PLiteral const odd(backslashed.c_str()), free(other.c_str());
     scratch.write("dir\\a", "another file");
     auto const look = [&](int) { EXPECT_EQ("another file", scratch.read("dir\\a")); };
-    auto const move = [&] { return PFile::rename(odd, other); };
+    auto const move = [&] { return PFile::rename(odd, free); };
     auto const remove = [&] { return PFile::pdelete(odd); };
     sweep({"PFile::rename", {PERR_IO, PERR_SYSTEM}, move, anew, look});
     sweep({"PFile::pdelete", {PERR_DELETE}, remove, anew, look});
 }
 
-TEST_F(FilesSweep, RemovingATreeLeavesNothingWhereItSucceeds) {
+TEST_F(FilesSweep, ATreeThatIsNotRemovedIsTold) {
     std::set<int> const codes{PERR_DIR_NOT_FOUND, PERR_INVALID_ARGUMENT, PERR_DELETE,
                               PERR_NO_MEMORY};
-    PString const folder = named("dir");
-    auto const remove = [&] { return PFile::removeAll(folder); };
-    auto const look = [&](int code) {
-        EXPECT_EQ(code != PERR_OK, fs::exists(scratch.path("dir")));
-    };
-    sweep({"PFile::removeAll", codes, remove, anew, look});
+    sweep({"PFile::removeAll", codes, [&] { return PFile::removeAll(folder); }, anew});
 }
 
 TEST_F(FilesSweep, AListingKeepsItsCodeAndGivesWholeNames) {
-    PString const folder = named("dir");
     PDir listing;
     auto const list = [&] {
         (void)listing.popen(folder, L"a");
@@ -107,5 +98,39 @@ TEST_F(FilesSweep, ALibraryIsGivenOnSuccessOnly) {
         EXPECT_EQ(code == PERR_OK, library != nullptr);
         delete std::exchange(library, nullptr);
     };
-    sweep({"PLibrary::load", {PERR_LIBRARY_LOAD, PERR_NO_MEMORY}, load, anew, look});
+    sweep({"PLibrary::load", {PERR_LIBRARY_LOAD, PERR_NO_MEMORY}, load, [] {}, look});
+}
+
+TEST(FaultSweep, AReplacementLeavesTheOldContentOrTheNewAndNothingElse) {
+    Scratch scratch;
+    std::wstring const name = scratch.wpath("file");
+    bool newInSpiteOfFailure = false;
+    auto const replace = [&] {
+        PReplacement replacement;
+        int const begun = replacement.begin(name.c_str());
+        int const written = replacement.writeLine(L"new");
+        return firstFailure({begun, replacement.commit(), written});
+    };
+    auto const restore = [&] { (void)scratch.write("file", "old"); };
+    auto const look = [&](int code) {
+        bool const isNew = scratch.read("file") == "new\n";
+        EXPECT_TRUE(isNew || scratch.read("file") == "old");
+        EXPECT_TRUE(isNew || code != PERR_OK);
+        EXPECT_EQ(1, std::distance(fs::directory_iterator(scratch.dir()), {}));
+        newInSpiteOfFailure |= isNew && code == PERR_WRITE;
+    };
+    std::set<int> const codes{PERR_NO_MEMORY, PERR_WRITE, PERR_SYSTEM};
+    sweep({"PReplacement", codes, replace, restore, look});
+    EXPECT_TRUE(newInSpiteOfFailure) << "where only the folder is not flushed";
+}
+
+TEST(FaultSweep, AFileLockIsHeldOrNot) {
+    Scratch scratch;
+    PFileLock lock;
+    std::wstring const name = scratch.wpath("file");
+    auto const take = [&] { return lock.lock(name.c_str(), 0); };
+    auto const look = [&](int code) {
+        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_NOT_OPEN, lock.unlock());
+    };
+    sweep({"PFileLock", {PERR_NO_MEMORY, PERR_SYSTEM}, take, [] {}, look});
 }

@@ -1,6 +1,6 @@
 /// The sweep of failures: an operation with its n-th watched call failing, n = 1, 2, ... until none
 /// is left, once with that call alone failing and once with every later one too. A watched call is
-/// an allocation or one of those in watched_calls.cpp.
+/// an allocation or one of those in sweep.cpp.
 #ifndef TESTS_FAULTS_SWEEP_H
 #define TESTS_FAULTS_SWEEP_H
 
@@ -33,11 +33,7 @@ int runFailing(int nth, bool lasting, std::function<int()> const& operation);
 /// Whether the first failure of the last run was an allocation.
 bool memoryRanOut();
 
-/// For the watched calls: whether calls are watched now, and whether this one is to fail.
-bool isWatching();
+/// For the watched calls: whether this one is to fail.
 bool failsNow(bool isAllocation = false);
-
-/// For the allocation operators: blocks handed out and not given back.
-void countBlocks(long change);
 
 #endif

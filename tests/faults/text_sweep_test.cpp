@@ -1,6 +1,8 @@
-#include <utility>
+#include <clocale>
 
+#include <data/bytes.h>
 #include <faults/sweep.h>
+#include <portinglayer/data_streams.h>
 #include <portinglayer/strings.h>
 #include <portinglayer/utf8.h>
 
@@ -10,6 +12,8 @@ using S = PString&;
 
 constexpr wchar_t FORMAT[] = L"%1000d";  // more than is formatted on the stack
 std::wstring const LONG = std::wstring(999, L' ') + L"5";
+std::string const LIST = "89 00 00 00 02 85 00 00 00 03 61 62 63 85 00 00 00 02 C3 A9";
+PString const ABC{L"abc", 3}, E_ACUTE{L"\u00e9", 1}, PADDED{L"\u00e9x", 2};
 
 }  // namespace
 
@@ -41,11 +45,10 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
 }
 
 TEST(TextSweep, BytesAreKeptWithoutMemory) {
-    std::string bytes;
+    std::string bytes = "former";
     auto const encode = [&] { return PUtf8::encode(L"more than a string itself holds", bytes); };
-    auto const clear = [&] { std::string("former").swap(bytes); };  // the room goes, too
-    auto const look = [&](int code) { EXPECT_EQ(code != PERR_OK, bytes == "former"); };
-    sweep({"encode", {PERR_NO_MEMORY}, encode, clear, look});
+    EXPECT_CODE(PERR_NO_MEMORY, runFailing(1, true, encode));
+    EXPECT_EQ("former", bytes);
 }
 
 TEST(TextSweep, ASearchWithoutMemoryToPrepareItFindsTheSame) {
@@ -88,4 +91,44 @@ TEST(TextSweep, ArgumentsAreAllThereOrNone) {
         delete[] std::exchange(list, nullptr);
     };
     sweep({"convertArgs", {PERR_NO_MEMORY}, convert, [] {}, look});
+}
+
+TEST(StreamsSweep, AWrittenListEndsWhereMemoryDid) {
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    std::vector<PString> const texts{ABC, PADDED};
+    Bytes data;
+    auto const fresh = [&] { data = Bytes(); };
+    auto const write = [&] { return PDataWriter(data).writeStrings(texts); };
+    auto const look = [&](int code) {
+        EXPECT_TRUE(code == PERR_OK ? hex(data) == LIST : LIST.starts_with(hex(data)));
+    };
+    sweep({"writeStrings", {PERR_NO_MEMORY}, write, fresh, look});
+}
+
+TEST(StreamsSweep, AReadListHoldsWhatWasReadBeforeMemoryRanOut) {
+    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
+    Bytes const stream = bytes(LIST);
+    std::vector<PString> found;
+    auto const before = [&] { std::vector<PString>().swap(found); };
+    auto const read = [&] { return PDataReader(stream).readStrings(found); };
+    auto const look = [&](int code) {
+        EXPECT_EQ(code == PERR_OK, found.size() == 2);
+        for (PString const& text : found) EXPECT_TRUE(text == ABC || text == E_ACUTE);
+    };
+    sweep({"readStrings", {PERR_NO_MEMORY}, read, before, look});
+}
+
+TEST(StreamsSweep, AnIntegerWithoutMemoryLeavesTheBytesThatFoundRoom) {
+    Bytes data;
+    data.reserve(2);
+    auto const append = [&] {
+        try {
+            PDataWriter(data).appendInt(0x01020304);
+        } catch (std::bad_alloc const&) {
+            return int{PERR_NO_MEMORY};
+        }
+        return int{PERR_OK};
+    };
+    EXPECT_CODE(PERR_NO_MEMORY, runFailing(1, true, append));
+    EXPECT_EQ("01 02", hex(data));
 }

@@ -1,7 +1,6 @@
 // Commands: how they are awaited and ended.
 #include <chrono>
 #include <process/children.h>
-#include <process/commands.h>
 
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;

@@ -2,7 +2,7 @@
 
 #include <sys/resource.h>
 
-#include <process/queries.h>
+#include <process/children.h>
 
 TEST(ProcessInformation, TellsOfARunningChild) {
     Child child(owned("60 1"));
@@ -33,10 +33,20 @@ TEST(ProcessInformation, OfTheCallersEnvironmentIsThatOfItsStart) {
 
 TEST(ProcessInformation, IsRefusedForAnIdThatNoProcessBears) {
     unsigned int const gone = endedProcess();
-    for (Query const& query : queries()) {
-        SCOPED_TRACE(query.what);
-        EXPECT_CODE(query.ofNoProcess, query.ask(gone));
-    }
+    unsigned int number = 7;
+    unsigned long long bytes = 7;
+    int priority = 7;
+    PString text;
+    Texts environment;
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getName(gone, text));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getPath(gone, text));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getCmdLine(gone, text));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getWorkingDir(gone, text));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getEnvironment(gone, environment));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getPriority(gone, priority));
+    EXPECT_CODE(PERR_NOT_FOUND, PProcess::getParentPID(gone, number));
+    EXPECT_CODE(PERR_NO_PROCESS, PProcess::getMemoryUsage(gone, bytes));
+    EXPECT_CODE(PERR_NO_SUCH_FILE, PProcess::getCPUUsage(gone, number));
 }
 
 TEST(ProcessInformation, OfAnObjectWithoutChildLeavesItsOutputAlone) {
@@ -64,19 +74,18 @@ TEST(ProcessInformation, OfAnEndedChildIsWhatTheObjectDescribes) {
     EXPECT_TEXT(L"/bin/sleep", text);
     EXPECT_CODE(PERR_OK, child.process.getCmdLine(text));
     EXPECT_TEXT(L"60", text);
-    EXPECT_CODE(PERR_NOT_FOUND, child.process.getWorkingDir(text));
 }
 
 TEST(ProcessInformation, PathsHaveSlashesAndZerosBehindMultibyteText) {
     ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
     Scratch const scratch;
     std::string const path = scratch.path("a\\b\xC3\xA9");
-    std::wstring const shown = scratch.wpath("a/b") + std::wstring(L"\xE9\0", 2);
     std::filesystem::create_directory(path);
     ChildRun const child([&] { return chdir(path.c_str()) + pause(); });
+    auto const pid = static_cast<unsigned int>(child.pid);
     PString found;
     EXPECT_TRUE(eventually([&] {
-        (void)PProcess::getWorkingDir(static_cast<unsigned int>(child.pid), found);
-        return view(found) == shown;
+        (void)PProcess::getWorkingDir(pid, found);
+        return view(found) == scratch.wpath("a/b") + std::wstring(L"\xE9\0", 2);
     }));
 }
