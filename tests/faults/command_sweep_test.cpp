@@ -56,20 +56,16 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
 }
 
 TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
-    int refused = 0;
     for (int nth = 1; nth <= 80; ++nth) {
         Swept command;
-        int const code = runFailing(nth, false, [&] { return command.start(); });
-        int const ended = command.end(command.ending, 0);
-        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_NO_PROCESS, ended) << nth;
+        (void)runFailing(nth, false, [&] { return command.start(); });
+        (void)command.end(command.ending, 0);
         EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << nth;
-        refused += code == PERR_OK ? 0 : 1;
     }
-    EXPECT_GT(refused, 5);
 }
 
 // What every call of a kind is refused with; 0 where it is made.
-static int opening, waiting, signalling;
+static int opening, waiting;
 
 static bool _isRefused(int error) {
     if (error != 0) errno = error;
@@ -92,26 +88,14 @@ TEST(CommandSweep, ASystemThatCannotHoldChildrenIsToldBeforeOneIsStarted) {
     EXPECT_CODE(PERR_NO_MEMORY, startWhile(opening, ENOMEM));
 }
 
-TEST(CommandSweep, AProgramThatMayNotBeSignalledIsStillHeld) {
-    Swept command;
-    ASSERT_CODE(PERR_OK, command.set());
-    ASSERT_CODE(PERR_OK, command.start());
-    signalling = EPERM;
-    EXPECT_CODE(PERR_KILL, command.signal(SIGTERM));
-    EXPECT_CODE(PERR_KILL, command.end(command.ending, 0));
-    signalling = 0;
-    EXPECT_CODE(PERR_PROCESS_RUNNING, command.wait(command.ending, 0));
-    EXPECT_CODE(PERR_OK, command.end(command.ending, 0));
-}
-
 // clang-format off
 INTERPOSE(pipe2, if (failsNow()) return -1)
 INTERPOSE(waitid, if (failsNow() || _isRefused(waiting)) return -1)
 INTERPOSE(ppoll, if (failsNow()) return -1)
-INTERPOSE(syscall, if (failsNow() || _isRefused(a == SYS_pidfd_open ? opening : signalling)) return -1)
+INTERPOSE(syscall, if (failsNow() || _isRefused(a == SYS_pidfd_open ? opening : 0)) return -1)
 INTERPOSE(faccessat, if (failsNow()) return -1)
 INTERPOSE(posix_spawn, if (failsNow()) return EIO)
 INTERPOSE(posix_spawn_file_actions_adddup2, if (failsNow()) return ENOMEM)
 INTERPOSE(posix_spawn_file_actions_addchdir_np, if (failsNow()) return ENOMEM)
-INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1 || _isRefused(signalling)) return -1)
+INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1) return -1)
 // clang-format on

@@ -59,15 +59,13 @@ TEST_F(FilesSweep, ASafeWriteThatIsNotMovedLeavesTheOldContent) {
     sweep({"PFile, safe write", codes, write, anew, look});
 }
 
-TEST_F(FilesSweep, NamesThatCannotBeMadeMeetNoOtherFile) {
+TEST_F(FilesSweep, ANameThatCannotBeMadeMeetsNoOtherFile) {
     std::wstring const backslashed = dir + L"\\a", other = dir + L"/b";
     PLiteral const odd(backslashed.c_str()), free(other.c_str());
     scratch.write("dir\\a", "another file");
     auto const look = [&](int) { EXPECT_EQ("another file", scratch.read("dir\\a")); };
     auto const move = [&] { return PFile::rename(odd, free); };
-    auto const remove = [&] { return PFile::pdelete(odd); };
     sweep({"PFile::rename", {PERR_IO, PERR_SYSTEM}, move, anew, look});
-    sweep({"PFile::pdelete", {PERR_DELETE}, remove, anew, look});
 }
 
 TEST_F(FilesSweep, ATreeThatIsNotRemovedIsTold) {
@@ -89,16 +87,6 @@ TEST_F(FilesSweep, AListingKeepsItsCodeAndGivesWholeNames) {
     };
     std::set<int> const codes{PERR_NO_MEMORY, PERR_DIR_NOT_OPEN, PERR_READ, PERR_CONVERSION};
     sweep({"PDir", codes, list, anew, look});
-}
-
-TEST_F(FilesSweep, ALibraryIsGivenOnSuccessOnly) {
-    PLibrary* library = nullptr;
-    auto const load = [&] { return PLibrary::load(L"libm.so.6", library, true); };
-    auto const look = [&](int code) {
-        EXPECT_EQ(code == PERR_OK, library != nullptr);
-        delete std::exchange(library, nullptr);
-    };
-    sweep({"PLibrary::load", {PERR_LIBRARY_LOAD, PERR_NO_MEMORY}, load, [] {}, look});
 }
 
 TEST(FaultSweep, AReplacementLeavesTheOldContentOrTheNewAndNothingElse) {
@@ -129,8 +117,6 @@ TEST(FaultSweep, AFileLockIsHeldOrNot) {
     PFileLock lock;
     std::wstring const name = scratch.wpath("file");
     auto const take = [&] { return lock.lock(name.c_str(), 0); };
-    auto const look = [&](int code) {
-        EXPECT_CODE(code == PERR_OK ? PERR_OK : PERR_NOT_OPEN, lock.unlock());
-    };
-    sweep({"PFileLock", {PERR_NO_MEMORY, PERR_SYSTEM}, take, [] {}, look});
+    auto const release = [&] { (void)lock.unlock(); };
+    sweep({"PFileLock", {PERR_NO_MEMORY, PERR_SYSTEM}, take, release});
 }

@@ -18,20 +18,16 @@ void _collectAll() {
 
 }  // namespace
 
-TEST(ProcessesSweep, TextsAreWholeOrCleared) {
-    int (*const asks[])(unsigned int, PString&) = {PProcess::getName, PProcess::getPath};
-    for (auto const& fact : asks) {
-        PString whole, text;
-        ASSERT_CODE(PERR_OK, fact(self, whole));
-        auto const ask = [&] { return fact(self, text); };
-        auto const before = [&] { text = L"kept"; };
-        auto const look = [&](int code) {
-            _expectMemoryIsTold(code);
-            EXPECT_EQ(code == PERR_OK, text == whole);
-            EXPECT_TRUE(code != PERR_NO_MEMORY || text.len() == 0);
-        };
-        sweep({"a text", {PERR_NOT_FOUND, PERR_NO_MEMORY}, ask, before, look});
-    }
+TEST(ProcessesSweep, ATextIsWholeOrCleared) {
+    PString whole, text;
+    ASSERT_CODE(PERR_OK, PProcess::getName(self, whole));
+    auto const ask = [&] { return PProcess::getName(self, text); };
+    auto const before = [&] { text = L"kept"; };
+    auto const look = [&](int code) {
+        _expectMemoryIsTold(code);
+        EXPECT_TEXT(code == PERR_OK ? view(whole) : L"", text);
+    };
+    sweep({"getName", {PERR_NOT_FOUND, PERR_NO_MEMORY}, ask, before, look});
 }
 
 TEST(ProcessesSweep, EnvironmentLosesNoCharacterForLackOfMemory) {
@@ -48,16 +44,6 @@ TEST(ProcessesSweep, EnvironmentLosesNoCharacterForLackOfMemory) {
         Texts().swap(entries);
     };
     sweep({"getEnvironment", {PERR_NOT_FOUND, PERR_NO_MEMORY}, ask, [] {}, look});
-}
-
-TEST(ProcessesSweep, LoadsWithoutTheirFileAreRefused) {
-    unsigned int percent = 7;
-    auto const askProcessor = [&] { return PProcess::getSpecCPUUsage(0, percent); };
-    auto const askMachine = [&] { return PProcess::getCPUUsage(percent); };
-    EXPECT_CODE(PERR_OPEN, runFailing(1, true, askProcessor));
-    EXPECT_EQ(7U, percent);
-    EXPECT_CODE(PERR_IO, runFailing(1, true, askMachine));
-    EXPECT_EQ(0U, percent);
 }
 
 TEST(ProcessesSweep, AStartedProgramGetsAllThatIsMeantForItOrNeverRuns) {

@@ -72,13 +72,3 @@ TEST(SyncSweep, AThreadTellsWhatWasRefused) {
     EXPECT_CODE(PERR_THREAD_JOIN, refused([&] { return thread.pjoin(result); }));
     EXPECT_CODE(PERR_THREAD, thread.pjoin(result)) << "it has no handle";
 }
-
-TEST(SyncSweep, TheTickCountFallsBackToTheTimeOfDay) {
-    long long tick = 0;
-    auto const count = [&] {
-        tick = PTime::getTickCount();
-        return PERR_OK;
-    };
-    EXPECT_CODE(PERR_OK, refused(count));
-    EXPECT_GT(tick, 1'500'000'000'000) << "milliseconds since 1970";
-}

@@ -80,10 +80,6 @@ inline bool operator==(PEnding const& one, PEnding const& other) {
     return one.exitCode == other.exitCode && one.signal == other.signal;
 }
 
-inline void PrintTo(PEnding const& ending, std::ostream* out) {
-    *out << "exit code " << ending.exitCode << ", signal " << ending.signal;
-}
-
 constexpr int DISCARDED = PCommand::DISCARDED, PIPED = PCommand::PIPED;
 constexpr unsigned int FOREVER = PCommand::FOREVER;
 

@@ -24,14 +24,6 @@ TEST(ProcessList, ChildrenAreTheDirectOnes) {
     EXPECT_TRUE(none.empty());
 }
 
-TEST(ProcessList, IdZeroStandsForTheFirstProcess) {
-    EXPECT_TRUE(eventually([] {  // others come and go
-        Ids ofZero, ofOne;
-        int const code = PProcess::getChildPID(0, ofZero);
-        return PProcess::getChildPID(1, ofOne) == code && ofZero == ofOne;
-    }));
-}
-
 TEST(ProcessFind, ComparesWholeNamesIgnoringCaseAndFolders) {
     Scratch const scratch;
     std::string const number = std::to_string(getpid()), brief = "Plt" + number;

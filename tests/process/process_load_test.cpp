@@ -23,13 +23,8 @@ void _launch() {
 
 /// Lists processes, which collects every ended child of the caller's group.
 void _list(std::stop_token const& over) {
-    Ids ids, parents;
-    PString name;
-    while (!over.stop_requested()) {
-        EXPECT_CODE(PERR_OK, PProcess::listPIDs(ids));
-        for (unsigned int const id : ids) (void)PProcess::getName(id, name);
-        (void)PProcess::find(name, ids, parents);
-    }
+    Ids ids;
+    while (!over.stop_requested()) EXPECT_CODE(PERR_OK, PProcess::listPIDs(ids));
 }
 
 }  // namespace
