@@ -6,8 +6,6 @@
 
 namespace {
 
-using S = PString&;
-
 constexpr wchar_t FORMAT[] = L"%1000d";  // more than is formatted on the stack
 std::wstring const LONG = std::wstring(999, L' ') + L"5";
 
@@ -20,17 +18,17 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
         auto const look = [&](int code) { EXPECT_TEXT(code == PERR_OK ? done : failed, text); };
         sweep({"an edited text", {PERR_NO_MEMORY}, [&] { return edit(text); }, before, look});
     };
-    expect(L"", L"xy", [](S s) { return s.set(L"xyz", 2); });
-    expect(L"", L"xy", [](S s) { return s.set("xyz", 2); });
-    expect(L" ab", L" abxy", [](S s) { return s.cat(L"xyz", 2); });
-    expect(L" ab", L" abxy", [](S s) { return s.cat("xyz", 2); });
-    expect(L" ab", L" xyab", [](S s) { return s.insert(1, L"xyz", 2); });
-    expect(L" ab", L"ab", [](S s) { return s.stripall(); });
-    expect(L" ab", L"xxxxx", [](S s) { return s.fill(L'x', 5); });
-    expect(L"", L"-5", [](S s) { return PUtils::int32ToStr(-5, s); });
-    expect(L"", LONG, [](S s) { return PUtils::pformatString(s, FORMAT, 5); });
-    expect(L" ab", L"xy", [](S s) { return PUtf8::decode("xyz", 2, s); });
-    expect(L" ab", L"\xE9x", [](S s) { return PUtf8::padded(L"\xE9", s); });
+    expect(L"", L"xy", [](PString& s) { return s.set(L"xyz", 2); });
+    expect(L"", L"xy", [](PString& s) { return s.set("xyz", 2); });
+    expect(L" ab", L" abxy", [](PString& s) { return s.cat(L"xyz", 2); });
+    expect(L" ab", L" abxy", [](PString& s) { return s.cat("xyz", 2); });
+    expect(L" ab", L" xyab", [](PString& s) { return s.insert(1, L"xyz", 2); });
+    expect(L" ab", L"ab", [](PString& s) { return s.stripall(); });
+    expect(L" ab", L"xxxxx", [](PString& s) { return s.fill(L'x', 5); });
+    expect(L"", L"-5", [](PString& s) { return PUtils::int32ToStr(-5, s); });
+    expect(L"", LONG, [](PString& s) { return PUtils::pformatString(s, FORMAT, 5); });
+    expect(L" ab", L"xy", [](PString& s) { return PUtf8::decode("xyz", 2, s); });
+    expect(L" ab", L"\xE9x", [](PString& s) { return PUtf8::padded(L"\xE9", s); });
 }
 
 TEST(TextSweep, BytesAreKeptWithoutMemory) {

@@ -80,12 +80,11 @@ TEST(CommandEnd, InTheForegroundMeetsTheChildAlone) {
 
 TEST(CommandRun, FeedsAndReadsAnySizesAtOnceAndBearsInputThatNobodyReads) {
     std::string const much(1 << 20, 'x');
-    Command tee(L"tee", {L"/dev/stderr"}), nothing(L"true"), some(L"head", {L"-c3"}), none(L"/no");
+    Command tee(L"tee", {L"/dev/stderr"}), nothing(L"true"), none(L"/no");
     EXPECT_TRUE(interrupted([&] { return tee.outputOf(much); }) == much);
     EXPECT_TRUE(tee.errors == much);
     EXPECT_EQ("", nothing.outputOf(much));
-    EXPECT_EQ("xxx", some.outputOf(much));
-    EXPECT_CODE(PERR_NOT_OPEN, some.closeInput());
+    EXPECT_CODE(PERR_NOT_OPEN, nothing.closeInput());
     EXPECT_CODE(PERR_NO_SUCH_FILE, none.run(much, none.output, none.errors, none.ending, FOREVER));
     EXPECT_EQ("kept", none.output);
 }
