@@ -108,8 +108,8 @@ TEST(ScriptedCommandLine, JoinsArgumentsByTheirBytes) {
     EXPECT_TEXT(L"b", joined(NUL + "b" + NUL)) << "an empty one in front";
     EXPECT_TEXT(std::wstring(L"\xE9\0 b", 4), joined(E_ACUTE + NUL + "b" + NUL));
     EXPECT_TEXT(L"a  b", joined("a" + NUL + "\xFF" + NUL + "b" + NUL)) << "no character";
-    EXPECT_TEXT(L"x " + std::wstring(45, L'a') + L" \"b c\"",
-                joined("x" + NUL + std::string(300, 'a') + NUL + "b c" + NUL))
+    std::string const cut = std::string(300, 'a') + NUL + "b c" + NUL + std::string(250, 'd') + NUL;
+    EXPECT_TEXT(L"x " + std::wstring(45, L'a') + L" \"b c\" ", joined("x" + NUL + cut))
         << "cut wrongly behind 255 bytes";
 }
 
