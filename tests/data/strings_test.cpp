@@ -13,15 +13,15 @@ TEST(StringItem, IsWrittenWithOneByteForEachCharacterOrNotAtAll) {
     EXPECT_CODE(PERR_DATA_ENCODE, writer.writeString(PLiteral(L"ab\xd800"))) << "no character";
     EXPECT_EQ("09 85 00 00 00 04 E2 82 AC 78", hex(data));
     writer.eraseData();
-    EXPECT_CODE(PERR_OK, writer.writeString(PString(L"a\0b", 3)));
-    EXPECT_EQ("09 85 00 00 00 03 61 00 00", hex(data));
+    EXPECT_CODE(PERR_OK, writer.writeString(PString(L"abcdefgh\0j", 10)));
+    EXPECT_EQ("09 85 00 00 00 0A 61 62 63 64 65 66 67 68 00 00", hex(data));
 }
 
 TEST(StringList, IsWrittenAsItsCountAndItsTextBlocksUpToTheOneThatFails) {
     Bytes data;
     PDataWriter writer(data);
-    EXPECT_CODE(PERR_OK, writer.writeStrings({PLiteral(L"a"), PLiteral()}));
-    EXPECT_EQ("89 00 00 00 02 85 00 00 00 01 61 85 00 00 00 00", hex(data));
+    EXPECT_CODE(PERR_OK, writer.writeStrings({PString(L"a\0b", 3), PLiteral()}));
+    EXPECT_EQ("89 00 00 00 02 85 00 00 00 03 61 00 00 85 00 00 00 00", hex(data));
     writer.eraseData();
     std::vector<PString> const list{PLiteral(L"a"), PLiteral(L"\xd800"), PLiteral(L"b")};
     EXPECT_CODE(PERR_DATA_ENCODE, writer.writeStrings(list));
