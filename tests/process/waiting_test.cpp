@@ -55,6 +55,19 @@ TEST(ProcessWaiting, SomeQueriesCollectEveryEndedChild) {
     }
 }
 
+TEST(ProcessWaiting, EndsInTheTenthInWhichTheProcessEnds) {
+    Child one, other;
+    auto const start = std::chrono::steady_clock::now();
+    std::jthread const ending([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        one.end();
+        other.end();
+    });
+    EXPECT_FALSE(PProcess::waitFinish(one.pid, 10'000));
+    EXPECT_FALSE(other.process.waitFinish(10'000));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
+}
+
 TEST(ProcessWaiting, ASignalEndsAWait) {
     Child child;
     int exitCode = 0;
