@@ -41,6 +41,7 @@ struct Swept : PCommand {
 
 TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
     std::optional<Swept> command;
+    bool writing = false;
     auto const fresh = [&] { command.emplace(); };
     auto const talk = [&] { return firstFailure({command->set(), command->talk()}); };
     auto const run = [&] { return command->runs(); };
@@ -50,9 +51,14 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
         EXPECT_CODE(PERR_OK, firstFailure({talk(), run()}));
         command.reset();
     };
+    auto const ran = [&](int code) {
+        writing = writing || code == PERR_WRITE;
+        works(code);
+    };
     // The end walks over all processes: more of the same follows.
     sweep({"PCommand", CODES, talk, fresh, works, 90});
-    sweep({"PCommand::run", CODES, run, fresh, works});
+    sweep({"PCommand::run", CODES, run, fresh, ran});
+    EXPECT_TRUE(writing) << "was never told to have failed";
 }
 
 TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
