@@ -156,8 +156,9 @@ TEST(LoadOfTheMachine, IsCountedBetweenTwoSamplesASecondApart) {
         EXPECT_EQ(Strings{"sleep 1"}, script.calls());
         return percent;
     };
-    EXPECT_EQ(50U, load("cpu 0", "cpu 1 1 0 2")) << "user and nice time";
-    EXPECT_EQ(20U, load("cpu 0", "cpu 0 0 1 0 1 1 1 1")) << "waits and interrupts are not busy";
+    EXPECT_EQ(50U, load("cpu 1 1 1 1", "cpu 2 2 1 3")) << "user and nice time";
+    EXPECT_EQ(20U, load("cpu 1 1 1 1 1 1 1 1", "cpu 1 1 2 1 2 2 2 2"))
+        << "waits and interrupts are not busy";
     EXPECT_EQ(75U, load("cpu 0 0 0 99", "cpu 3 0 0 0 0 1")) << "idle time ran back";
     EXPECT_EQ(0U, load("cpu 0", "cpu 42949973")) << "busy time wraps at 32 bits";
 }
