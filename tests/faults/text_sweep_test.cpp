@@ -31,6 +31,17 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
     expect(L" ab", L"\xE9x", [](PString& s) { return PUtf8::padded(L"\xE9", s); });
 }
 
+TEST(TextSweep, BytesOfATextAreGivenOrTheCodeTellsWhyNot) {
+    unsigned char* bytes = nullptr;
+    unsigned long count = 0;
+    auto const convert = [&] { return PUtils::strToBinary(L"0x01", bytes, count); };
+    auto const look = [&](int code) {
+        EXPECT_EQ(code == PERR_OK, bytes != nullptr);
+        delete[] std::exchange(bytes, nullptr);
+    };
+    sweep({"strToBinary", {PERR_NO_MEMORY}, convert, [] {}, look});
+}
+
 TEST(TextSweep, BytesAreKeptWithoutMemory) {
     std::string bytes = "former";
     auto const encode = [&] { return PUtf8::encode(L"more than a string itself holds", bytes); };

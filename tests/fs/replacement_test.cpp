@@ -41,6 +41,14 @@ TEST_F(Replacement, HasTheModeOfTheOldFileAndIsNeverMoreOpen) {
     }
 }
 
+TEST_F(Replacement, HasTheModeOfAFileThatIsMadeMeanwhile) {
+    ASSERT_CODE(PERR_OK, begin("file"));
+    fs::permissions(scratch.write("file", "other"), fs::perms::owner_read);
+    EXPECT_CODE(PERR_OK, replacement.commit());
+    EXPECT_EQ("", scratch.read("file"));
+    EXPECT_EQ("400", modeOf(scratch.path("file")));
+}
+
 TEST_F(Replacement, IsFlushedBeforeItIsMovedAndTheFolderAfterwards) {
     EXPECT_CODE(PERR_OK, begin("file"));
     steps.clear();
