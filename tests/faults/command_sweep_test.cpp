@@ -61,10 +61,11 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
     EXPECT_TRUE(writing) << "was never told to have failed";
 }
 
-TEST(CommandSweep, AStartThatFailsLeavesNoChild) {
+TEST(CommandSweep, AStartThatFailsTellsALackOfMemoryAndLeavesNoChild) {
     for (int nth = 1; nth <= 80; ++nth) {
         Swept command;
-        (void)runFailing(nth, false, [&] { return command.start(); });
+        int const code = runFailing(nth, false, [&] { return command.start(); });
+        EXPECT_EQ(memoryRanOut(), code == PERR_NO_MEMORY) << nth << ": " << codeName(code);
         (void)command.end(command.ending, 0);
         EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << nth;
     }
@@ -101,7 +102,7 @@ INTERPOSE(ppoll, if (failsNow()) return -1)
 INTERPOSE(syscall, if (failsNow() || _isRefused(a == SYS_pidfd_open ? opening : 0)) return -1)
 INTERPOSE(faccessat, if (failsNow()) return -1)
 INTERPOSE(posix_spawn, if (failsNow()) return EIO)
-INTERPOSE(posix_spawn_file_actions_adddup2, if (failsNow()) return ENOMEM)
-INTERPOSE(posix_spawn_file_actions_addchdir_np, if (failsNow()) return ENOMEM)
+INTERPOSE(posix_spawn_file_actions_adddup2, if (failsNow()) return EIO)
+INTERPOSE(posix_spawn_file_actions_addchdir_np, if (failsNow()) return EIO)
 INTERPOSE(killpg, EXPECT_GT(int(a), 1); if (failsNow() || int(a) <= 1) return -1)
 // clang-format on

@@ -106,6 +106,16 @@ TEST(CommandStart, GivesAGroupAndOnlyTheDescriptorsThatTheCallerLeftInheritable)
     for (int const descriptor : open) (void)close(descriptor);
 }
 
+TEST(CommandStart, PipesWorkWhereTheCallerHasClosedItsStreams) {
+    ChildRun closed([] {
+        for (int const stream : {0, 1, 2}) (void)close(stream);
+        Shell pipes(L"cat; echo errors >&2");
+        if (pipes.outputOf("through") != "through") return 1;
+        return fcntl(0, F_GETFD) == -1 ? 0 : 2;
+    });
+    EXPECT_EQ(0, closed.wait());
+}
+
 TEST(CommandStart, OneObjectHoldsOneChildUntilThatIsCollectedAndThenStartsAnother) {
     Shell shell(L"echo $#; read x");
     shell.startAndHear("0\n");
@@ -127,6 +137,7 @@ TEST(CommandStreams, TellWhereNothingCanBeReadOrWritten) {
     EXPECT_CODE(PERR_NOT_OPEN, shell.writeInput(&byte, 1));
     shell.startAndHear("out\n");
     EXPECT_CODE(PERR_NOT_OPEN, shell.readErrors(&byte, 1, done));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.readErrors(nullptr, 1, done));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.readOutput(nullptr, 1, done));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.readOutput(&byte, 0, done));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, shell.writeInput(nullptr, 1));

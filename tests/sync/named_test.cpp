@@ -39,7 +39,7 @@ TEST(NamedMutexes, WithAnInvalidNameAreRefused) {
     EXPECT_CODE(PERR_MUTEX, PMutex(L"/\x20ac").init(true)) << "not in the C locale";
 }
 
-TEST(NamedMutexes, WithALongNameAreCutToThirteenCharacters) {
+TEST(NamedMutexes, WithTooLongANameAreCutToThirteenCharacters) {
     std::string const longest = uniqueName() + std::string(253, 'x');
     std::string const file = "/dev/shm/sem." + longest.substr(1, 12);
     PMutex mutex(wide(longest).substr(0, 253).c_str());
@@ -47,6 +47,11 @@ TEST(NamedMutexes, WithALongNameAreCutToThirteenCharacters) {
     EXPECT_EQ(0, access(file.c_str(), F_OK));
     EXPECT_CODE(PERR_OK, mutex.close());
     EXPECT_NE(0, access(file.c_str(), F_OK));
+
+    PMutex whole(wide(longest).substr(0, 252).c_str());
+    EXPECT_CODE(PERR_OK, whole.init(true));
+    EXPECT_EQ(0, access(("/dev/shm/sem." + longest.substr(1, 251)).c_str(), F_OK));
+    EXPECT_CODE(PERR_OK, whole.close());
 }
 
 TEST(NamedSemaphore, HasTheCountOfItsCreatorAndLosesItsNameWithTheFirstClose) {
