@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -12,8 +13,10 @@
 #include <ctime>
 #include <vector>
 
+#include <portinglayer/file_locks.h>
 #include <portinglayer/files.h>
 #include <portinglayer/libraries.h>
+#include <portinglayer/replacements.h>
 
 #include "scratch.h"
 
@@ -58,6 +61,30 @@ void _addLocking() {
     op.way(OURS, [] {
         PFile file;
         return file.popen(name->ours, PFile::OPEN_READ, PFile::EXCLUSIVE) + file.pclose();
+    });
+}
+
+void _addFileLock() {
+    static auto const name = _existing(false);
+    Operation op("lock and unlock a file", 1.15, 0, "open, fstat, flock, stat, flock, close");
+    op.way(BARE, [] {
+        struct stat ours, standing;
+        int const fd = open(name->c(), O_RDWR | O_CLOEXEC);
+        if (fstat(fd, &ours) + flock(fd, LOCK_EX | LOCK_NB) + stat(name->c(), &standing) != 0)
+            return 1;
+        if (ours.st_ino != standing.st_ino) return 1;
+        return flock(fd, LOCK_UN) + close(fd);
+    });
+    WITH_APR(op.way("APR", [] {
+        AprPool const pool;
+        apr_file_t* file = nullptr;
+        return apr_file_open(&file, name->c(), APR_FOPEN_WRITE, APR_OS_DEFAULT, pool.pool) +
+               apr_file_lock(file, APR_FLOCK_EXCLUSIVE | APR_FLOCK_NONBLOCK) +
+               apr_file_unlock(file) + apr_file_close(file);
+    }));
+    op.way(OURS, [] {
+        PFileLock lock;
+        return lock.lock(name->ours, 0) + lock.unlock();
     });
 }
 
@@ -146,25 +173,52 @@ int _replaceBare(Name const& name) {
     return close(fd) + rename(temporary, name.c());
 }
 
+WITH_QT(int _saveByQt(QString const& name) {
+    QSaveFile file(name);
+    bool const written = file.open(QIODevice::WriteOnly) && file.write(block, BLOCK) == BLOCK;
+    return written && file.commit() ? 0 : 1;
+})
+
+WITH_GLIB(int _saveByGlib(Name const& name, GFileSetContentsFlags flags) {
+    return !g_file_set_contents_full(name.c(), block, BLOCK, flags, 0644, nullptr);
+})
+
 void _addReplacing() {
     static Name const name("replaced");
     Operation op("safe write 4096 bytes", 1.15, 0, "open, flock, write, close, rename");
     op.way(BARE, [] { return _replaceBare(name); });
-    WITH_QT(op.way("Qt", [] {
-        QSaveFile file(name.qt);
-        return file.open(QIODevice::WriteOnly) && file.write(block, BLOCK) == BLOCK && file.commit()
-                   ? 0
-                   : 1;
-    }));
-    WITH_GLIB(op.way("GLib", [] {
-        auto const flags = G_FILE_SET_CONTENTS_CONSISTENT;
-        return !g_file_set_contents_full(name.c(), block, BLOCK, flags, 0644, nullptr);
-    }));
+    WITH_QT(op.way("Qt", [] { return _saveByQt(name.qt); }));
+    WITH_GLIB(op.way("GLib", [] { return _saveByGlib(name, G_FILE_SET_CONTENTS_CONSISTENT); }));
     op.way(OURS, [] {
         PFile file;
         unsigned long done = 0;
         return file.popen(name.ours, PFile::OPEN_SAFE_WRITE, 0) + file.pwrite(block, BLOCK, done) +
                file.pclose();
+    });
+}
+
+int _replaceForGoodBare(Name const& name) {
+    std::string const temporary = name.narrow + ".new";
+    int const fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (write(fd, block, BLOCK) != BLOCK || fsync(fd) != 0) return 1;
+    int const around = open(folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return close(fd) + rename(temporary.c_str(), name.c()) + fsync(around) + close(around);
+}
+
+/// What is moved and lasts when the machine stops the moment after. Qt flushes the file alone.
+void _addReplacingForGood() {
+    static Name const name("replaced for good");
+    Operation op("replace 4096 bytes for good", 1.25, 0, "open, write, fsync, rename, fsync");
+    op.way(BARE, [] { return _replaceForGoodBare(name); });
+    WITH_QT(op.way("Qt", [] { return _saveByQt(name.qt); }));
+    WITH_GLIB(op.way("GLib", [] {
+        auto const both = G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE;
+        return _saveByGlib(name, static_cast<GFileSetContentsFlags>(both));
+    }));
+    op.way(OURS, [] {
+        PReplacement replacement;
+        return replacement.begin(name.ours) + replacement.write(block, BLOCK) +
+               replacement.commit();
     });
 }
 
@@ -228,12 +282,14 @@ void addFiles() {
     _addOpening("open and close", false, {.toBare = 1.10});
     _addOpening("open and close, short name", true, {.toPeer = 1.05});
     _addLocking();
+    _addFileLock();
     _addExistence("exists", false, {.toBare = 1.10});
     _addExistence("exists, short name", true, {.toPeer = 1.10});
     for (bool const writing : {false, true}) _addBlocks(writing);
     _addRenaming();
     _addDeleting();
     _addReplacing();
+    _addReplacingForGood();
     _addTemporary();
     _addLibrary();
 }
