@@ -69,12 +69,14 @@ TEST(ProcessesSweep, AStartedProgramGetsAllThatIsMeantForItOrNeverRuns) {
     sweep({"start, waitExitCode", codes, run, [] {}, look});
 }
 
-TEST(ProcessesSweep, AShortcutHoldsNothingWhateverFails) {
+TEST(ProcessesSweep, AShortcutGivesTheIdOfWhatItStartedAndHoldsNothing) {
     unsigned int pid = 0;
     auto const start = [&] { return PProcess::start(L"/bin/sleep", L"60", pid); };
     auto const look = [&](int code) {
-        if (code == PERR_OK) (void)::kill(static_cast<pid_t>(pid), SIGKILL);
+        EXPECT_EQ(code == PERR_OK, pid != 0);
+        if (pid != 0) (void)::kill(static_cast<pid_t>(pid), SIGKILL);
         _collectAll();
+        pid = 0;
     };
     std::set<int> const codes{PERR_NO_PROCESS, PERR_NO_MEMORY, PERR_NOT_FOUND};
     sweep({"static start", codes, start, [] {}, look});

@@ -150,7 +150,8 @@ TEST(ScriptedUser, IsRootUnlessALineHoldsTheKeyInSmallLetters) {
 
 TEST(LoadOfTheMachine, IsCountedBetweenTwoSamplesASecondApart) {
     auto const load = [](char const* before, char const* after) {
-        Script const script({before, after});
+        std::string const others(8000, '\n');  // more lines than are read with the first
+        Script const script({before + others, after + others});
         unsigned int percent = 7;
         EXPECT_CODE(PERR_OK, PProcess::getCPUUsage(percent));
         EXPECT_EQ(Strings{"sleep 1"}, script.calls());
