@@ -56,8 +56,8 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
         works(code);
     };
     // The end walks over all processes: more of the same follows.
-    sweep({"PCommand", CODES, talk, fresh, works, 90});
-    sweep({"PCommand::run", CODES, run, fresh, ran});
+    sweep({"PCommand", CODES, talk, fresh, works, 90, true});
+    sweep({"PCommand::run", CODES, run, fresh, ran, 1000, true});
     EXPECT_TRUE(writing) << "was never told to have failed";
 }
 

@@ -35,6 +35,9 @@ bool _sweepPoint(Sweep const& swept, int nth, bool lasting) {
     bool const mayFail = nth > 0;  // also where only a child came as far
     EXPECT_TRUE(code == PERR_OK || (mayFail && swept.codes.contains(code)))
         << "gave " << codeName(code);
+    if (fault.isAllocation && swept.tellsMemory) {
+        EXPECT_CODE(PERR_NO_MEMORY, code);
+    }
     swept.after(code);
     return failed;
 }

@@ -19,7 +19,8 @@ struct Sweep {
     std::function<int()> operation;
     std::function<void()> before = [] {};              ///< unwatched, before each run
     std::function<void(int code)> after = [](int) {};  ///< unwatched: looks at the outputs
-    int most = 10'000;  ///< ends the sweep of what makes calls without end
+    int most = 10'000;         ///< ends the sweep of what makes calls without end
+    bool tellsMemory = false;  ///< gives PERR_NO_MEMORY where an allocation is the first to fail
 };
 
 void sweep(Sweep const& swept);

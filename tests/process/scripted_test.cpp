@@ -55,6 +55,7 @@ INTERPOSE(usleep, if (Script::active) return Script::active->record("usleep", a)
 INTERPOSE(kill, if (Script::active) return Script::active->record("kill " + std::to_string(int(a)), b);
           if (int(a) <= 0) return -1)  // never the processes of others
 INTERPOSE(fork, if (Script::active) return -1)
+INTERPOSE(getpriority, if (Script::active) return -1)
 // clang-format on
 
 std::string const NUL(1, '\0');
@@ -93,6 +94,13 @@ TEST(ScriptedStatus, AProcessRunsUnlessItsStateSaysOtherwise) {
     EXPECT_FALSE(runs("State: Z\n"));
     EXPECT_FALSE(runs("State:\tzombie\n"));
     EXPECT_TRUE(runs("Name:\tx\n"));
+}
+
+TEST(ScriptedPriority, OfMinusOneIsNoFailure) {
+    Script const script;
+    int priority = 7;
+    EXPECT_CODE(PERR_OK, PProcess::getPriority(1, priority));
+    EXPECT_EQ(-1, priority);
 }
 
 TEST(ScriptedCommandLine, JoinsArgumentsByTheirBytes) {

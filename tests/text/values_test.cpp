@@ -102,6 +102,7 @@ TEST(Digit, HasAValueAndIsLookedForUpToTheLength) {
     EXPECT_FALSE(PUtils::isDec(L"1-2", 3, true));
     EXPECT_FALSE(PUtils::isDec(nullptr, P_WHOLE_STRING, false));
     EXPECT_TRUE(PUtils::isHex(L"fAx", 2));
+    EXPECT_TRUE(PUtils::isHex(L"fA", P_WHOLE_STRING));
 }
 
 TEST(BytesAndText, BecomeEachOtherInItemsOfTwoDigits) {
