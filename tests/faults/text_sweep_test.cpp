@@ -31,6 +31,19 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
     expect(L" ab", L"\xE9x", [](PString& s) { return PUtf8::padded(L"\xE9", s); });
 }
 
+TEST(TextSweep, ASearchThatCannotBePreparedFindsTheSame) {
+    std::wstring const many(5000, L'a'), more(9000, L'a');
+    std::wstring const text = more + L"b" + more, sought = many + L"b" + many;
+    for (bool const fromEnd : {false, true}) {
+        unsigned long pos = 0;
+        EXPECT_CODE(PERR_OK, runFailing(1, true, [&] {
+                        return PLiteral(text.c_str()).str(sought.c_str(), pos, fromEnd, false);
+                    }));
+        EXPECT_TRUE(memoryRanOut());
+        EXPECT_EQ(4000U, pos);
+    }
+}
+
 TEST(TextSweep, BytesOfATextAreGivenOrTheCodeTellsWhyNot) {
     unsigned char* bytes = nullptr;
     unsigned long count = 0;

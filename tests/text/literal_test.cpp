@@ -50,7 +50,7 @@ TEST(Case, IsThatOfTheLocale) {
 }
 
 TEST(Token, IsTakenOffTheFrontWithItsSeparatorAndTrimmed) {
-    PString source(L"\t a b \r\n,, c", P_WHOLE_STRING), token;
+    PString source(L"\t a b \r\n, , c", P_WHOLE_STRING), token;
     EXPECT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
     EXPECT_TEXT(L"a b", token);
     EXPECT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));

@@ -3,21 +3,13 @@
 
 #include <support/expect.h>
 #include <sys/mman.h>
+#include <text/view.h>
 
 namespace {
 
 constexpr bool FORWARD = false, FROM_END = true;
 constexpr bool EXACT = false, IGNORING_CASE = true;
 constexpr unsigned long NOWHERE = ~0UL;  // left as it was by a search that finds nothing
-
-/// A view of characters that need not be terminated.
-class View : public PLiteral {
-public:
-    View(wchar_t const* characters, unsigned long count) {
-        text = characters;
-        length = count;
-    }
-};
 
 unsigned long _find(PLiteral const& text, PLiteral const& what, bool fromEnd, bool ignoreCase) {
     unsigned long pos = NOWHERE;
@@ -40,6 +32,7 @@ TEST(TextSearch, FindsAnEmptyTextOnlyInAnEmptyOne) {
     EXPECT_EQ(0UL, _find(L"", PLiteral(), FROM_END, EXACT));
     EXPECT_EQ(NOWHERE, _find(L"abc", L"", FORWARD, EXACT));
     EXPECT_EQ(NOWHERE, _find(L"", L"a", FROM_END, EXACT));
+    EXPECT_EQ(NOWHERE, _find(L"abc", L"abcdefgh", FORWARD, EXACT)) << "a longer one";
 }
 
 TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
