@@ -10,7 +10,7 @@ TEST_F(Listing, GivesTheNamesThatMatch) {
         char const* pattern;
         std::set<std::string> names;
     } const rows[] = {
-        {"", {".", "..", ".a", "ab", "b.a", "b\\a"}},  // fuzzing compares with the system's own
+        {"", {".", "..", ".a", "ab", "b.a", "b\\a"}},
         {"*a", {".a", "b.a", "b\\a"}},
         {"a*b*", {"ab"}},
         {"??", {"..", ".a", "ab"}},
