@@ -1,6 +1,7 @@
 #include <ctime>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <faults/interpose.h>
@@ -71,10 +72,12 @@ TEST_F(FileLock, IsTakenSoonAfterItComesFreeAtNextToNoProcessorTime) {
 }
 
 TEST_F(FileLock, IsNotHeldByAForkedChild) {
-    auto const open = namesIn("/proc/self/fd").size();
+    int const descriptor = dup(0);  // and free again, for the lock to get it
+    (void)close(descriptor);
     ASSERT_CODE(PERR_OK, lock.lock(name, 0));
+    EXPECT_EQ(FD_CLOEXEC, fcntl(descriptor, F_GETFD));
     inAChild([&] {
-        EXPECT_EQ(open, namesIn("/proc/self/fd").size()) << "so it ends with its holder";
+        EXPECT_EQ(-1, fcntl(descriptor, F_GETFD)) << "so it ends with its holder";
         EXPECT_CODE(PERR_NOT_OPEN, lock.unlock());
         EXPECT_CODE(PERR_LOCKED, lock.lock(name, 0));
         lock.~PFileLock();
