@@ -28,6 +28,7 @@ template <typename To, typename From>
 unsigned _convertAsciiEach(To* to, From const* from, std::size_t n) {
     unsigned others = 0;
     for (std::size_t i = 0; i < n; ++i) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character, or unsigned
         std::uint32_t const c = static_cast<std::make_unsigned_t<From>>(from[i]);
         if (c - 1U >= 0x7FU) others |= 1U << i;
         to[i] = static_cast<To>(c);
