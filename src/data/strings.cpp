@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include <portinglayer/data_streams.h>
@@ -14,22 +13,24 @@
 namespace {
 
 /// A copy that ends with a zero byte, so that a character cut by the payload's end is not completed
-/// from what follows it in the stream.
+/// from what follows it in the stream. Null without memory.
 std::unique_ptr<char[]> _terminated(unsigned char const* payload, std::size_t count) {
-    std::unique_ptr<char[]> copy(new char[count + 1]);
-    *std::copy_n(payload, count, copy.get()) = '\0';
+    std::unique_ptr<char[]> copy(new (std::nothrow) char[count + 1]);
+    if (copy) *std::copy_n(payload, count, copy.get()) = '\0';
     return copy;
 }
 
 /// Converts straight into the buffer that `text` keeps, unless fewer characters come out of it.
-int _decode(unsigned char const* payload, std::size_t count, PString& text) try {
+int _decode(unsigned char const* payload, std::size_t count, PString& text) {
     if (count == 0) return PERR_DATA_DECODE;
-    std::unique_ptr<wchar_t[]> wide(new wchar_t[count + 1]);
+    std::unique_ptr<wchar_t[]> wide(new (std::nothrow) wchar_t[count + 1]);
+    if (!wide) return PERR_NO_MEMORY;
 
     std::size_t converted = count;
     if (!_keepsAscii() ||
         !_convertAscii(wide.get(), reinterpret_cast<char const*>(payload), count)) {
         auto const bytes = _terminated(payload, count);
+        if (!bytes) return PERR_NO_MEMORY;
         converted = _widen(wide.get(), bytes.get(), count);
         if (converted == 0 || converted == MULTIBYTE_FAILED) return PERR_DATA_DECODE;
     }
@@ -37,8 +38,6 @@ int _decode(unsigned char const* payload, std::size_t count, PString& text) try 
     wide[count] = L'\0';
     AdoptedText::give(text, std::move(wide), count);
     return PERR_OK;
-} catch (std::bad_alloc const&) {
-    return PERR_NO_MEMORY;
 }
 
 /// Converts into `count` bytes: as many as the text has characters, on purpose. Streams have always
