@@ -28,12 +28,20 @@ TEST(MemorySweep, IsToldByTextsAndStreams) {
     static unsigned char const BYTES[] = {1, 2};
     Bytes const bytes{0xC3, 0xA9};
     Bytes data, made;
+    unsigned char* given = nullptr;
+    unsigned long count = 0;
     auto const empty = [&] { Bytes().swap(data); };
     _told("binaryToStr", _nothing, [&] { return PUtils::binaryToStr(BYTES, 2, text); });
     _told("encodeUtf8", _nothing, [&] { return PDataReader(made).encodeUtf8(bytes, text); });
     _told("decodeUtf8", empty, [&] { return PDataWriter(made).decodeUtf8(wide, data); });
     _told("writeString", empty, [&] { return PDataWriter(data).writeString(wide); });
     _told("writeStrings", empty, [&] { return PDataWriter(data).writeStrings(list); });
+    auto const readBytes = [&] {
+        int const code = PUtils::strToBinary(L"0x01", given, count);
+        delete[] std::exchange(given, nullptr);
+        return code;
+    };
+    _told("strToBinary", _nothing, readBytes);
     PDataWriter writer(made);
     ASSERT_CODE(PERR_OK, PDataFormaterUtils::writePTargetInfo(writer, record));
     auto const readRecord = [&] {

@@ -44,17 +44,6 @@ TEST(TextSweep, ASearchThatCannotBePreparedFindsTheSame) {
     }
 }
 
-TEST(TextSweep, BytesOfATextAreGivenOrTheCodeTellsWhyNot) {
-    unsigned char* bytes = nullptr;
-    unsigned long count = 0;
-    auto const convert = [&] { return PUtils::strToBinary(L"0x01", bytes, count); };
-    auto const look = [&](int code) {
-        EXPECT_EQ(code == PERR_OK, bytes != nullptr);
-        delete[] std::exchange(bytes, nullptr);
-    };
-    sweep({"strToBinary", {PERR_NO_MEMORY}, convert, [] {}, look});
-}
-
 TEST(TextSweep, BytesAreKeptWithoutMemory) {
     std::string bytes = "former";
     auto const encode = [&] { return PUtf8::encode(L"more than a string itself holds", bytes); };

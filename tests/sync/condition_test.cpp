@@ -1,18 +1,11 @@
 #include <thread>
 
 #include <portinglayer/synchronisation.h>
-#include <support/cancelled.h>
 #include <support/child_run.h>
 #include <support/expect.h>
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-
-struct Unlocking {
-    ~Unlocking() { EXPECT_CODE(PERR_OK, mutex.unlock()) << "only its holder may"; }
-
-    PMutex& mutex;
-};
 
 struct Condition : testing::Test {
     Condition() {
@@ -52,14 +45,6 @@ TEST_F(Condition, IsWaitedForAsLongAsAskedInSpiteOfSignals) {
     EXPECT_GE(steady_clock::now() - start, milliseconds(49));
     EXPECT_LT(steady_clock::now() - start, milliseconds(3000));
     EXPECT_CODE(PERR_OK, mutex.unlock());
-}
-
-TEST_F(Condition, EndsACancelledWaiterWithTheMutexLocked) {
-    EXPECT_TRUE(endsACancelledThread([this] {
-        EXPECT_CODE(PERR_OK, mutex.lock());
-        Unlocking const unlocking{mutex};
-        (void)condition.wait(&mutex);
-    }));
 }
 
 TEST_F(Condition, WakesAWaiter) {
