@@ -38,20 +38,16 @@ unsigned _convertAsciiEach(To* to, From const* from, std::size_t n) {
 
 #if defined(__SSE2__)
 
-/// Eight characters as bytes, twice: ASCII as it is, for the rest 0 or a high bit. Packing
-/// saturates: what is above ASCII keeps a high bit, what is negative becomes 0.
-inline __m128i _halfBytesOf(wchar_t const* from) {
+/// Half a block in half the width.
+inline __m128i _halfOf(wchar_t const* from) {
     auto const* const words = reinterpret_cast<__m128i const*>(from);
-    __m128i const half = _mm_packs_epi32(_mm_loadu_si128(words), _mm_loadu_si128(words + 1));
-    return _mm_packus_epi16(half, half);
+    return _mm_packs_epi32(_mm_loadu_si128(words), _mm_loadu_si128(words + 1));
 }
 
-/// A block in the same way.
+/// A block as bytes: ASCII as it is, for the rest 0 or a high bit. Packing saturates: what is above
+/// ASCII keeps a high bit, what is negative becomes 0.
 inline __m128i _bytesOf(wchar_t const* from) {
-    auto const* const words = reinterpret_cast<__m128i const*>(from);
-    __m128i const low = _mm_packs_epi32(_mm_loadu_si128(words), _mm_loadu_si128(words + 1));
-    __m128i const high = _mm_packs_epi32(_mm_loadu_si128(words + 2), _mm_loadu_si128(words + 3));
-    return _mm_packus_epi16(low, high);
+    return _mm_packus_epi16(_halfOf(from), _halfOf(from + ASCII_HALF));
 }
 
 /// A bit for each byte that is 0 or not ASCII.
@@ -78,7 +74,8 @@ inline unsigned _convertAsciiFront(char* to, wchar_t const* from) {
 
 /// Narrows half a block. True where all of it is ASCII and not 0.
 inline bool _convertAsciiHalf(char* to, wchar_t const* from) {
-    __m128i const bytes = _halfBytesOf(from);
+    __m128i const half = _halfOf(from);
+    __m128i const bytes = _mm_packus_epi16(half, half);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(to), bytes);
     return _othersAmong(bytes) == 0;
 }
@@ -103,7 +100,8 @@ inline bool _convertAsciiBlock(wchar_t* to, char const* from) {
     return true;
 }
 
-/// Widens a block as far as its bytes are ASCII. Returns a bit for each of the others, as above.
+/// Widens a block as far as its bytes are ASCII. Returns a bit for each of the others, as above, 0
+/// among them or not.
 inline unsigned _convertAsciiFront(wchar_t* to, char const* from) {
     __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
     _widenBytes(to, bytes);
