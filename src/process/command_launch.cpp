@@ -18,7 +18,6 @@ namespace {
 /// Of what the new program met on its way.
 int _launchCode(int error) {
     switch (error) {
-    case 0: return PERR_OK;
     case ENOENT:
     case ENOTDIR: return PERR_NO_SUCH_FILE;
     case EACCES:

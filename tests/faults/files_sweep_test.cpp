@@ -62,10 +62,13 @@ TEST_F(FilesSweep, ASafeWriteThatIsNotMovedLeavesTheOldContent) {
 TEST_F(FilesSweep, ANameThatCannotBeMadeMeetsNoOtherFile) {
     std::wstring const backslashed = dir + L"\\a", other = dir + L"/b";
     PLiteral const odd(backslashed.c_str()), free(other.c_str());
+    PTempFile temp;
     scratch.write("dir\\a", "another file");
     auto const look = [&](int) { EXPECT_EQ("another file", scratch.read("dir\\a")); };
     auto const move = [&] { return PFile::rename(odd, free); };
     sweep({"PFile::rename", {PERR_IO, PERR_SYSTEM}, move, anew, look});
+    auto const make = [&] { return temp.popen(odd, PFile::OPEN_CREATE, PFile::EXCLUSIVE); };
+    EXPECT_CODE(PERR_NO_MEMORY, runFailing(1, true, make));
 }
 
 TEST_F(FilesSweep, ATreeThatIsNotRemovedIsTold) {
@@ -96,12 +99,12 @@ TEST(FaultSweep, AReplacementLeavesTheOldContentOrTheNewAndNothingElse) {
     auto const replace = [&] {
         PReplacement replacement;
         int const begun = replacement.begin(name.c_str());
-        int const written = replacement.writeLine(L"new");
+        int const written = replacement.writeLine(L"the new content");
         return firstFailure({begun, replacement.commit(), written});
     };
     auto const restore = [&] { (void)scratch.write("file", "old"); };
     auto const look = [&](int code) {
-        bool const isNew = scratch.read("file") == "new\n";
+        bool const isNew = scratch.read("file") == "the new content\n";
         EXPECT_TRUE(isNew || scratch.read("file") == "old");
         EXPECT_TRUE(isNew || code != PERR_OK);
         EXPECT_EQ(1, std::distance(fs::directory_iterator(scratch.dir()), {}));

@@ -65,6 +65,8 @@ TEST(MemorySweep, IsToldByQueriesOfProcessesAndByLibraries) {
     _told("getCmdLine", _nothing, [&] { return PProcess::getCmdLine(self, text); });
     _told("listPIDs", forget, [&] { return PProcess::listPIDs(ids); });
     _told("PLibrary::load", _nothing, load);
+    auto const userName = [&] { return PProcess::getUserName(self, text); };
+    EXPECT_CODE(PERR_NO_MEMORY, runFailing(1, true, userName));
 }
 
 TEST(MemorySweep, IsToldByACommandThatWasMadeWithoutIt) {

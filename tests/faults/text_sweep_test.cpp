@@ -33,15 +33,19 @@ TEST(TextSweep, TextWithoutMemoryIsLeftAloneOrEmptiedAsItIsPromised) {
 
 TEST(TextSweep, ASearchThatCannotBePreparedFindsTheSame) {
     std::wstring const many(5000, L'a'), more(9000, L'a');
-    std::wstring const text = more + L"b" + more, sought = many + L"b" + many;
-    for (bool const fromEnd : {false, true}) {
-        unsigned long pos = 0;
-        EXPECT_CODE(PERR_OK, runFailing(1, true, [&] {
-                        return PLiteral(text.c_str()).str(sought.c_str(), pos, fromEnd, false);
-                    }));
+    auto const expect = [](int code, unsigned long place, std::wstring const& text,
+                           std::wstring const& sought, bool fromEnd) {
+        unsigned long pos = 77;
+        auto const seek = [&] {
+            return PLiteral(text.c_str()).str(sought.c_str(), pos, fromEnd, false);
+        };
+        EXPECT_CODE(code, runFailing(1, true, seek));
         EXPECT_TRUE(memoryRanOut());
-        EXPECT_EQ(4000U, pos);
-    }
+        EXPECT_EQ(place, pos);
+    };
+    expect(PERR_OK, 4000, more + L"b" + many, many + L"b" + many, false);
+    expect(PERR_OK, 0, many + L"b" + more, many + L"b" + many, true);
+    expect(PERR_NOT_FOUND, 77, more + L"b" + more, many + L"c" + many, false);
 }
 
 TEST(TextSweep, BytesAreKeptWithoutMemory) {
@@ -70,6 +74,7 @@ TEST(TextSweep, ArgumentsAreAllThereOrNone) {
     auto const convert = [&] { return PUtils::convertArgs(2, arguments, list, count, L'='); };
     auto const look = [&](int code) {
         EXPECT_EQ(code == PERR_OK, list != nullptr);
+        EXPECT_TRUE(list == nullptr || list[1] == L"a=1");
         delete[] std::exchange(list, nullptr);
     };
     sweep({"convertArgs", {PERR_NO_MEMORY}, convert, [] {}, look});

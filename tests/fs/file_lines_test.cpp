@@ -51,6 +51,16 @@ TEST_F(FileLines, AreWrittenAsMultibyteTextAndALineFeed) {
     (void)std::setlocale(LC_CTYPE, "C");
 }
 
+TEST_F(FileLines, OfAnyLengthAreWrittenWhole) {
+    std::string content;
+    open("");
+    for (unsigned long const length : {511UL, 512UL, 5000UL}) {
+        EXPECT_CODE(PERR_OK, file.pwriteLine(std::wstring(length, L'x').c_str()));
+        content += std::string(length, 'x') + "\n";
+    }
+    EXPECT_EQ(content, scratch.read("f"));
+}
+
 TEST_F(FileLines, OfAPipeLoseWhatFollows) {
     EXPECT_EQ(0, mkfifo(scratch.path("f").c_str(), 0600));
     ASSERT_CODE(PERR_OK, file.popen(named(scratch.path("f")), READ | WRITE, PFile::UNLOCKED));

@@ -2,12 +2,14 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/fsuid.h>
 #include <sys/stat.h>
 
 #include <faults/interpose.h>
 #include <fs/files.h>
 #include <portinglayer/file_locks.h>
 
+namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -44,6 +46,14 @@ TEST_F(FileLock, IsTakenOnRegularFilesAndMakesThem) {
     EXPECT_CODE(PERR_OK, lock.lock((scratch.wpath(" \\") + L"\xE9 ").c_str(), 0));
     (void)umask(before);
     EXPECT_EQ("640", modeOf(scratch.path(" \\\xC3\xA9 ")));
+}
+
+TEST_F(FileLock, IsRefusedWhereNoFileMayBeMade) {
+    fs::permissions(scratch.dir(), fs::perms(0555));
+    (void)setfsuid(65534);  // nobody: root may everywhere
+    EXPECT_CODE(PERR_REFUSED, lock.lock(name, 0));
+    (void)setfsuid(geteuid());
+    fs::permissions(scratch.dir(), fs::perms::owner_all);
 }
 
 TEST_F(FileLock, WaitsAsLongAsItIsTold) {

@@ -1,5 +1,6 @@
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -144,6 +145,17 @@ TEST_F(Replacement, IsInheritedByNoProgramAndNeitherIsALock) {
     EXPECT_CODE(PERR_OK, lock.lock(scratch.wpath("lock").c_str(), 0));
     EXPECT_EQ(0, std::system((list + "pipe:").c_str()));
     EXPECT_NE(0, std::system((list + scratch.dir()).c_str()));
+}
+
+TEST_F(Replacement, StandsInForNoClosedStandardStreamAndNeitherDoesALock) {
+    PFileLock lock;
+    int const input = dup(0);
+    (void)close(0);
+    EXPECT_CODE(PERR_OK, begin("file"));
+    EXPECT_CODE(PERR_OK, lock.lock(scratch.wpath("lock").c_str(), 0));
+    EXPECT_EQ(-1, fcntl(0, F_GETFD));
+    (void)dup2(input, 0);
+    (void)close(input);
 }
 
 TEST_F(Replacement, StaysWithItsProcessAcrossAFork) {

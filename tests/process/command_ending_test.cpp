@@ -35,6 +35,7 @@ TEST(CommandWait, QueriesOfProcessesTakeAnEndingInTheForegroundOnly) {
         (void)waitid(P_PID, shell->getPID(), &info, WEXITED | WNOWAIT);
     }
     EXPECT_CODE(PERR_OK, PProcess::listPIDs(ids));
+    EXPECT_CODE(PERR_OK, foreground.setForeground(true)) << "it is collected";
     EXPECT_CODE(PERR_NO_PROCESS, foreground.wait(foreground.ending, FOREVER));
     EXPECT_CODE(PERR_NO_PROCESS, foreground.signal(SIGTERM));
     EXPECT_CODE(PERR_NO_PROCESS, foreground.end(foreground.ending, 0));

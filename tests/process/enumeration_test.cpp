@@ -4,11 +4,12 @@
 
 #include <process/children.h>
 
-TEST(ProcessList, HoldsAProcessOnce) {
+TEST(ProcessList, HoldsAProcessOnceAndNothingElse) {
     Child const child;
     Ids pids{0};
     EXPECT_CODE(PERR_OK, PProcess::listPIDs(pids));
     EXPECT_EQ(1, std::count(pids.begin(), pids.end(), child.pid));
+    EXPECT_EQ(0, std::count(pids.begin(), pids.end(), 0));
 }
 
 TEST(ProcessList, ChildrenAreTheDirectOnes) {

@@ -66,10 +66,10 @@ TEST(Counter, LeavesZeroBehind) {
 }
 
 TEST(LockedCounter, CountsAsAnyOther) {
-    PCounterSync counter(5), other(3);
+    PCounterSync counter(5), copy(counter);
     EXPECT_EQ(7, counter.change(2));
     EXPECT_EQ(9, int(counter = 9));
-    EXPECT_EQ(3, int(counter = other));
+    EXPECT_EQ(5, int(counter = copy));
 }
 
 TEST_F(SharedPointer, DeletesWithTheLastShare) {

