@@ -43,6 +43,7 @@ TEST_F(FilesSweep, ReadingWritesItsOutputsOnSuccessOnly) {
     sweep({"PFile, lines", {PERR_OPEN, PERR_READ, PERR_NO_MEMORY}, read, before, look});
     EXPECT_CODE(PERR_STAT, runFailing(1, true, [&] { return file.pgetSize(size); }));
     EXPECT_EQ(77, size);
+    sweep({"PFile::pflush", {}, [&] { return file.pflush(); }});
 }
 
 TEST_F(FilesSweep, ASafeWriteThatIsNotMovedLeavesTheOldContent) {
