@@ -36,6 +36,7 @@ TEST(KeyAndValue, StandBeforeAndBehindTheFirstSeparatorTrimmed) {
     PString text(L" k \t=\r v=w ", P_WHOLE_STRING), value(L"old", 3);
     EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L':'));
     EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L'\0'));
+    EXPECT_CODE(PERR_NOT_FOUND, PUtils::getKeyValue(text, text, value, L'V')) << "but for its case";
     EXPECT_TEXT(L"old", value);
     EXPECT_CODE(PERR_OK, PUtils::getKeyValue(text, text, value, L'=')) << "replaces the text";
     EXPECT_TEXT(L"k", text);
