@@ -34,13 +34,14 @@ TEST_F(FileOpen, TurnsModeBitsIntoThoseOfTheSystem) {
 }
 
 TEST_F(FileOpen, TellsWhyNothingIsOpened) {
+    PString const missing = named(scratch.path("f"));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(L"", READ, 1));
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(L"/dev/null", TRUNCATE | READ, 1));
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(L"/dev/null", SAFE_WRITE, 1)) << "no lock";
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(L"/dev/null", SAFE_WRITE | READ, 0));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(missing, TRUNCATE | READ, 1));
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(missing, SAFE_WRITE, 1)) << "no lock";
+    EXPECT_CODE(PERR_INVALID_ARGUMENT, file.popen(missing, SAFE_WRITE | READ, 0));
     EXPECT_CODE(PERR_OPEN, file.popen(named(scratch.dir()), WRITE, 1)) << "a folder";
     EXPECT_CODE(PERR_OPEN, file.popen(L"/tmp/\u00e9", READ, 1)) << "no name in the C locale";
-    EXPECT_CODE(PERR_NO_SUCH_FILE, file.popen(named(scratch.path("f")), WRITE, 1));
+    EXPECT_CODE(PERR_NO_SUCH_FILE, file.popen(missing, WRITE, 1));
     EXPECT_EQ(ENOENT, errno) << "the system's reason stays";
     EXPECT_FALSE(file.isOpen());
 }

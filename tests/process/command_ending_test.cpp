@@ -12,6 +12,8 @@ TEST(CommandWait, TellsTheEndingOfThisChildAloneAsOftenAsItIsAsked) {
     ASSERT_CODE(PERR_OK, killed.start());
     stopped.startAndHear("\n");
     EXPECT_CODE(PERR_PROCESS_RUNNING, stopped.wait(stopped.ending, 0));
+    errno = 0;  // of a signal it means another way
+    EXPECT_CODE(PERR_PROCESS_RUNNING, stopped.wait(stopped.ending, 1));
     auto const start = Clock::now();
     EXPECT_CODE(PERR_PROCESS_RUNNING,
                 interrupted([&] { return stopped.wait(stopped.ending, 30); }));

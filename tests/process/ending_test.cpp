@@ -14,6 +14,12 @@ TEST(ProcessEnding, KillOfAnIdEndsTheProcessThoughASignalEndsItsPause) {
     EXPECT_FALSE(PProcess::waitFinish(child.pid, 20'000));
 }
 
+TEST(ProcessEnding, ASignalThatEndsAChildCollectsIt) {
+    Child const child;
+    EXPECT_CODE(PERR_OK, PProcess::killSignal(child.pid, SIGTERM));
+    EXPECT_EQ(-1, waitpid(static_cast<pid_t>(child.pid), nullptr, 0));
+}
+
 TEST(ProcessEnding, WhatCannotBeSentIsRefused) {
     Child const child;
     unsigned int const gone = endedProcess();
