@@ -82,6 +82,7 @@ TEST_F(RemoveAll, StopsAtWhatItCannotSee) {
     fs::create_directories(scratch.path("odd"));
     scratch.write("odd/b\\c", "");  // a slash, for those who look
     EXPECT_CODE(PERR_DIR_NOT_FOUND, PFile::removeAll(named(scratch.path("odd"))));
+    EXPECT_CODE(PERR_DIR_NOT_FOUND, PFile::removeAll(L""));
     EXPECT_CODE(PERR_INVALID_ARGUMENT, PFile::removeAll(named(scratch.write("file", "") + "/")));
 }
 
