@@ -70,23 +70,27 @@ public:
     /// From here on it pays to ask the locale about all of ASCII first.
     static constexpr std::size_t MANY_PLACES = 512;
 
-    explicit FoldedNeedle(ExactNeedle sought) : needle(sought), first(upper(needle[0])) {}
+    explicit FoldedNeedle(ExactNeedle sought)
+        : needle(sought), first(upper(needle[0])), last(upper(needle[length() - 1])) {}
 
     std::size_t length() const { return needle.length(); }
     wchar_t folded(wchar_t c) { return upper(c); }
     wchar_t operator[](std::size_t i) { return upper(needle[i]); }
 
-    bool mayStandAt(wchar_t const* at) { return upper(*at) == first; }
+    /// Asks for the last character first, unless the first one is known: going forward it is the
+    /// first of a later place, and known there. That spares questions, and in 64 characters a tenth
+    /// of the time.
+    bool mayStandAt(wchar_t const* at) {
+        if (upper.knows(*at) && upper(*at) != first) return false;
+        return upper(at[length() - 1]) == last && upper(*at) == first;
+    }
 
     /// What is told of it in whole blocks.
-    Ends<AsciiSet> ends() {
-        return {asciiOf(first), asciiOf(upper(needle[length() - 1])), length() - 1};
-    }
+    Ends<AsciiSet> ends() { return {asciiOf(first), asciiOf(last), length() - 1}; }
 
     /// Whether it stands at `at`; if not, adds to `vain` what was compared.
     bool standsAt(wchar_t const* at, std::size_t& vain) {
-        if (!mayStandAt(at)) return false;
-        for (std::size_t i = 1; i < length(); ++i) {
+        for (std::size_t i = 0; i < length(); ++i) {
             if (upper(at[i]) == upper(needle[i])) continue;
             vain += COST * i;
             return false;
@@ -111,7 +115,7 @@ private:
     static constexpr std::size_t COST = 8;  // of a character, beside an exact comparison
     UpperCase upper;
     ExactNeedle needle;
-    wchar_t first;
+    wchar_t first, last;
 };
 
 #endif

@@ -10,9 +10,11 @@ class UpperCase {
 public:
     UpperCase() { upper[0] = L'\0'; }  // the others are written before they are read
 
+    bool knows(wchar_t c) const { return seen[slotOf(c)] == c; }
+
     wchar_t operator()(wchar_t c) {
-        unsigned const slot = static_cast<unsigned>(c) % SLOTS;
-        if (seen[slot] != c) {
+        unsigned const slot = slotOf(c);
+        if (!knows(c)) {
             seen[slot] = c;
             upper[slot] = ask(c);
         }
@@ -23,6 +25,8 @@ public:
 
 private:
     static constexpr unsigned SLOTS = 128;
+    static unsigned slotOf(wchar_t c) { return static_cast<unsigned>(c) % SLOTS; }
+
     wchar_t seen[SLOTS] = {};
     wchar_t upper[SLOTS];
 };
