@@ -101,6 +101,12 @@ int _step(PDataReader& reader, unsigned int operation, Read& read) {
     return PDataFormaterUtils::readPTargetInfo(reader, read.records[0]);
 }
 
+std::string _told(unsigned int operation, int code, unsigned long offset) {
+    char const* const names[] = {"readStrings", "readPTargetInfoArray", "readPTargetInfo"};
+    return names[operation] + std::string(" gives ") + perrorName(code) + " and stops at byte " +
+           std::to_string(offset);
+}
+
 }  // namespace
 
 /// Byte 0 picks the locale, the next 8 bytes are operations; the stream follows.
@@ -116,9 +122,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* input, std::size_t siz
         Model model{stream, reader.getOffset()};
         unsigned int const operation = input[i] % 3;
         Read read;
-        if (_step(reader, operation, read) != model.step(operation) || read != model.read ||
-            reader.getOffset() != model.at)
-            throw std::runtime_error("another result of operation " + std::to_string(i));
+        int const code = _step(reader, operation, read);
+        int const expected = model.step(operation);
+        if (code != expected || read != model.read || reader.getOffset() != model.at)
+            throw std::runtime_error(_told(operation, code, reader.getOffset()) +
+                                     ", expected: " + _told(operation, expected, model.at));
     }
     return 0;
 }

@@ -151,6 +151,6 @@ TEST(PaddedText, ComesThroughNamesLinesAndStreamsWhole) {
         ASSERT_CODE(PERR_OK, PDataWriter(bytes).writeString(padded));
         ASSERT_EQ(_formOf(text), std::string(bytes.begin() + 6, bytes.end()));
         ASSERT_CODE(PERR_OK, PDataReader(bytes).readString(back));
-        ASSERT_TEXT(text, back);
+        ASSERT_TEXT(text, back) << "from writeString to readString";
     }
 }
