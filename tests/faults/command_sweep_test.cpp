@@ -61,16 +61,6 @@ TEST(CommandSweep, EachFailureHasItsCodeAndLeavesAnObjectThatWorks) {
     EXPECT_TRUE(writing) << "was never told to have failed";
 }
 
-TEST(CommandSweep, AStartThatFailsTellsALackOfMemoryAndLeavesNoChild) {
-    for (int nth = 1; nth <= 80; ++nth) {
-        Swept command;
-        int const code = runFailing(nth, false, [&] { return command.start(); });
-        EXPECT_EQ(memoryRanOut(), code == PERR_NO_MEMORY) << nth << ": " << codeName(code);
-        (void)command.end(command.ending, 0);
-        EXPECT_EQ(-1, waitpid(-1, nullptr, 0)) << nth;
-    }
-}
-
 // What every call of a kind is refused with; 0 where it is made.
 static int opening, waiting;
 

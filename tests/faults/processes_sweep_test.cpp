@@ -1,5 +1,3 @@
-#include <clocale>
-
 #include <faults/sweep.h>
 #include <process/children.h>
 
@@ -20,21 +18,6 @@ TEST(ProcessesSweep, ATextIsWholeOrCleared) {
     auto const before = [&] { text = L"kept"; };
     auto const look = [&](int code) { EXPECT_TEXT(code == PERR_OK ? view(whole) : L"", text); };
     sweep({"getName", {PERR_NOT_FOUND, PERR_NO_MEMORY}, ask, before, look, 100, true});
-}
-
-TEST(ProcessesSweep, EnvironmentLosesNoCharacterForLackOfMemory) {
-    ASSERT_NE(nullptr, setlocale(LC_CTYPE, "C.UTF-8"));
-    (void)setenv("PLT", "\xC3\xA9\xC3\xA9", 1);
-    Child const child;
-    Texts entries, whole;
-    ASSERT_CODE(PERR_OK, PProcess::getEnvironment(child.pid, whole));
-    auto const ask = [&] { return PProcess::getEnvironment(child.pid, entries); };
-    auto const look = [&](int) {
-        ASSERT_LE(entries.size(), whole.size());
-        for (std::size_t i = 0; i < entries.size(); ++i) EXPECT_TEXT(view(whole[i]), entries[i]);
-        Texts().swap(entries);
-    };
-    sweep({"getEnvironment", {PERR_NOT_FOUND, PERR_NO_MEMORY}, ask, [] {}, look, 1000, true});
 }
 
 TEST(ProcessesSweep, AStartedProgramGetsAllThatIsMeantForItOrNeverRuns) {
@@ -58,19 +41,6 @@ TEST(ProcessesSweep, AStartedProgramGetsAllThatIsMeantForItOrNeverRuns) {
     };
     std::set<int> const codes{PERR_NO_PROCESS, PERR_SYSTEM, PERR_NO_MEMORY, PERR_NOT_FOUND};
     sweep({"start, waitExitCode", codes, run, [] {}, look});
-}
-
-TEST(ProcessesSweep, AShortcutGivesTheIdOfWhatItStartedAndHoldsNothing) {
-    unsigned int pid = 0;
-    auto const start = [&] { return PProcess::start(L"/bin/sleep", L"60", pid); };
-    auto const look = [&](int code) {
-        EXPECT_EQ(code == PERR_OK, pid != 0);
-        if (pid != 0) (void)::kill(static_cast<pid_t>(pid), SIGKILL);
-        _collectAll();
-        pid = 0;
-    };
-    std::set<int> const codes{PERR_NO_PROCESS, PERR_NO_MEMORY, PERR_NOT_FOUND};
-    sweep({"static start", codes, start, [] {}, look});
 }
 
 TEST(ProcessesSweep, FindTellsThatMemoryRanOut) {

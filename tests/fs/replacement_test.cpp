@@ -1,5 +1,4 @@
 #include <csignal>
-#include <cstring>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -21,17 +20,6 @@ static bool _isFolder(long fd) {
 
 INTERPOSE(fsync, steps += _isFolder(a) ? "flush folder " : "flush file ")
 INTERPOSE(renameat, steps += "move ")
-
-static int zeros;  // how many times yet nothing but zeros is drawn
-
-static bool _drawsZeros(long bytes, long count) {
-    if (zeros == 0) return false;
-    --zeros;
-    std::memset(reinterpret_cast<void*>(bytes), 0, static_cast<std::size_t>(count));
-    return true;
-}
-
-INTERPOSE(getrandom, if (_drawsZeros(a, b)) return b)
 
 class Replacement : public InAFolder {
 protected:
@@ -77,15 +65,6 @@ TEST_F(Replacement, MakesAMissingFileWithTheModeThatTheUmaskLeaves) {
     EXPECT_EQ(027U, umask(before));
     EXPECT_EQ("640", modeOf(scratch.path(" \\\xC3\xA9 ")));
     EXPECT_EQ(" \xE2\x82\xAC\\\xC3\xA9 \n", scratch.read(" \\\xC3\xA9 ")) << "in the C locale";
-}
-
-TEST_F(Replacement, IsMadeUnderAnotherNameWhereOneIsTaken) {
-    PReplacement other;
-    zeros = 3;
-    EXPECT_CODE(PERR_OK, other.begin(scratch.wpath("file").c_str()));
-    EXPECT_CODE(PERR_OK, begin("file")) << "at the third name";
-    EXPECT_EQ(0, zeros);
-    EXPECT_EQ(2U, namesIn(scratch.dir()).size());
 }
 
 TEST_F(Replacement, FollowsSymbolicLinksToTheFileThatTheyName) {

@@ -8,12 +8,6 @@ TEST(ProcessEnding, KillEndsAndCollectsAChildWhateverItIgnores) {
     EXPECT_EQ(-1, waitpid(static_cast<pid_t>(child.pid), nullptr, 0)) << "it was collected";
 }
 
-TEST(ProcessEnding, KillOfAnIdEndsTheProcessThoughASignalEndsItsPause) {
-    Child const child;
-    EXPECT_CODE(PERR_OK, interrupted([&] { return PProcess::kill(child.pid); }));
-    EXPECT_FALSE(PProcess::waitFinish(child.pid, 20'000));
-}
-
 TEST(ProcessEnding, ASignalThatEndsAChildCollectsIt) {
     Child const child;
     EXPECT_CODE(PERR_OK, PProcess::killSignal(child.pid, SIGTERM));

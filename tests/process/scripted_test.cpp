@@ -212,12 +212,6 @@ TEST(LoadSampling, PauseComesFromTheEnvironmentAsItWasFirstRead) {
     EXPECT_EQ(0, reader.wait());
 }
 
-TEST(LoadSampling, NeedsARecordForWhatItReads) {
-    PFile file;
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, _readProcStat(file, 1, nullptr));
-    EXPECT_CODE(PERR_INVALID_ARGUMENT, _readCpuStat(file, nullptr));
-}
-
 TEST(ScriptedPauses, AWaitIsDividedIntoTenthsOfASecondAtLeast) {
     Child child;
     auto const expectPauses = [&](unsigned int milliseconds, Strings const& expected) {

@@ -76,13 +76,3 @@ TEST(ProcessWaiting, ASignalEndsAWait) {
     EXPECT_TRUE(interrupted([&] { return child.process.waitFinish(60'000); }));
     EXPECT_TRUE(interrupted([&] { return PProcess::waitFinish(child.pid, 60'000); }));
 }
-
-TEST(ProcessWaiting, WhatBlocksIsACancellationPoint) {
-    Child child;
-    unsigned int percent = 0;
-    int exitCode = 0;
-    EXPECT_TRUE(endsACancelledThread([&] { (void)child.process.waitExitCode(exitCode); }));
-    EXPECT_TRUE(endsACancelledThread([&] { (void)PProcess::waitFinish(child.pid, 60'000); }));
-    EXPECT_TRUE(endsACancelledThread([&] { (void)PProcess::killSignal(child.pid, 0); }));
-    EXPECT_TRUE(endsACancelledThread([&] { (void)PProcess::getCPUUsage(percent); }));
-}

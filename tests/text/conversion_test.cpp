@@ -1,10 +1,8 @@
 #include <clocale>
 #include <cstring>
-#include <fstream>
 #include <memory>
 #include <random>
 
-#include <portinglayer/files.h>
 #include <support/expect.h>
 #include <support/locales.h>
 
@@ -61,17 +59,6 @@ TEST(Conversion, GivesWhatTheCLibraryGives) {
         std::string const bytes = _randomText(random, BYTES);
         _expectAsTheCLibrary(wcstombs, PLiteral::pwchar2pchar, text, random() % 200);
         _expectAsTheCLibrary(mbstowcs, PLiteral::pchar2pwchar, bytes, random() % 60);
-    }
-}
-
-TEST(Conversion, IsTheSameOfNamesAndTextsInANationalCodeset) {
-    MadeLocale const german("DIN_66003");
-    Scratch const scratch;
-    for (wchar_t const c : {L'a', L'[', L'~', L'\u00e4'}) {
-        std::wstring const name = scratch.wpath("name-") + c;
-        std::unique_ptr<char[]> const bytes(PLiteral(name.c_str()).ascii());
-        std::ofstream(bytes != nullptr ? bytes.get() : scratch.path("name-") + char(c));
-        EXPECT_EQ(bytes != nullptr, PFile::exists(name.c_str())) << "character " << int(c);
     }
 }
 

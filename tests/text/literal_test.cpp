@@ -1,6 +1,5 @@
 #include <clocale>
 
-#include <malloc.h>
 #include <support/expect.h>
 #include <support/order.h>
 
@@ -60,14 +59,4 @@ TEST(Token, IsTakenOffTheFrontWithItsSeparatorAndTrimmed) {
     EXPECT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
     EXPECT_TEXT(L"a\0,b"sv, token) << "looked for up to the terminator";
     EXPECT_CODE(PERR_TOKEN, PLiteral::getNextToken(source, token, L','));
-}
-
-TEST(Token, HoldsNoMoreRoomThanItsCharacters) {
-    std::wstring const room(100'000, L' '), line = room + L"a," + room + L"b";
-    PString source(line.data(), line.size()), token;
-    for (wchar_t const* const expected : {L"a", L"b"}) {
-        ASSERT_CODE(PERR_OK, PLiteral::getNextToken(source, token, L','));
-        EXPECT_TEXT(expected, token);
-        EXPECT_LT(malloc_usable_size(const_cast<wchar_t*>(token.ptr())), 100U) << "bytes";
-    }
 }

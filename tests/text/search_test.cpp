@@ -2,7 +2,6 @@
 #include <clocale>
 
 #include <support/expect.h>
-#include <sys/mman.h>
 #include <text/view.h>
 
 namespace {
@@ -33,18 +32,6 @@ TEST(TextSearch, FindsAnEmptyTextOnlyInAnEmptyOne) {
     EXPECT_EQ(NOWHERE, _find(L"abc", L"", FORWARD, EXACT));
     EXPECT_EQ(NOWHERE, _find(L"", L"a", FROM_END, EXACT));
     EXPECT_EQ(NOWHERE, _find(L"abc", L"abcdefgh", FORWARD, EXACT)) << "a longer one";
-}
-
-TEST(TextSearch, FindsNothingFromTheEndWhereThePlaceIsNegativeIn32Bits) {
-    constexpr unsigned long MOST = 1UL << 31U;
-    constexpr unsigned long BYTES = (MOST + 1) * sizeof(wchar_t);
-    void* const zeros =
-        mmap(nullptr, BYTES, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (zeros == MAP_FAILED) GTEST_SKIP() << "no room for 8 GiB of addresses";
-    auto const* const characters = static_cast<wchar_t const*>(zeros);
-    EXPECT_EQ(MOST - 1, _find(View(characters, MOST), View(L"", 1), FROM_END, EXACT));
-    EXPECT_EQ(NOWHERE, _find(View(characters, MOST + 1), View(L"", 1), FROM_END, EXACT));
-    (void)munmap(zeros, BYTES);
 }
 
 TEST(TextSearch, OfWhatNearlyStandsEverywhereEndsSoonAndIsRight) {
